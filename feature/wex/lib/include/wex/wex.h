@@ -1,0 +1,8 @@
+/* libwex: the support library of the wex shell. Includes every public header. */
+#ifndef WEX_WEX_H
+#define WEX_WEX_H
+
+#include <wex/wex_api.h>
+#include <wex/parse_tree.h>
+
+#endif /* WEX_WEX_H */

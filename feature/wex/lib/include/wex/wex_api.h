@@ -1,0 +1,39 @@
+/* Common declarations of the libwex C interface: export and linkage macros,
+ * layout assertions and the 4-byte aligned 64-bit type of the wire records. */
+#ifndef WEX_WEX_API_H
+#define WEX_WEX_API_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(WEX_BUILDING_LIBRARY)
+#define WEX_API __attribute__((visibility("default")))
+#else
+#define WEX_API
+#endif
+
+#ifdef __cplusplus
+#define WEX_BEGIN_DECLS extern "C" {
+#define WEX_END_DECLS }
+#define WEX_NOEXCEPT noexcept
+#define WEX_STATIC_ASSERT(cond, msg) static_assert(cond, msg)
+#else
+#define WEX_BEGIN_DECLS
+#define WEX_END_DECLS
+#define WEX_NOEXCEPT
+#define WEX_STATIC_ASSERT(cond, msg) _Static_assert(cond, msg)
+#endif
+
+/* Asserts the size of a fixed-layout record. */
+#define WEX_ASSERT_SIZE(type, size) WEX_STATIC_ASSERT(sizeof(type) == (size), #type " has the wrong size")
+
+/* Asserts the byte offset of one field of a fixed-layout record. */
+#define WEX_ASSERT_OFFSET(type, field, off) \
+    WEX_STATIC_ASSERT(offsetof(type, field) == (off), #type "." #field " has the wrong offset")
+
+/* A 64-bit value that may stand at an offset that is a multiple of 4 only:
+ * the wire records place some masks at such offsets, and the records must
+ * keep their exact size on every target. */
+typedef uint64_t wex_u64_a4 __attribute__((aligned(4)));
+
+#endif /* WEX_WEX_API_H */

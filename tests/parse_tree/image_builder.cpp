@@ -1,0 +1,33 @@
+#include "image_builder.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace wex_test {
+
+Image::Image(std::size_t count) : nodes(count)
+{
+    std::memset(nodes.data(), 0, count * sizeof(parse_tree_node));
+}
+
+void Image::add_child(uint16_t parent, uint16_t child, bool link)
+{
+    parse_tree_node &p = nodes[parent];
+    const unsigned position = p.child_count++;
+    p.children[position] = child;
+    if (link)
+        p.childlist_mask[position / 8] |= static_cast<uint8_t>(1u << (position % 8));
+}
+
+Image make_chain(std::size_t count)
+{
+    Image image(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        std::snprintf(image[i].NodeName, sizeof image[i].NodeName, "n%zu", i);
+        if (i + 1 < count)
+            image.add_child(static_cast<uint16_t>(i), static_cast<uint16_t>(i + 1));
+    }
+    return image;
+}
+
+} // namespace wex_test

@@ -1,0 +1,28 @@
+// Small parse-tree images for tests, built in host order.
+#ifndef WEX_TEST_IMAGE_BUILDER_H
+#define WEX_TEST_IMAGE_BUILDER_H
+
+#include <wex/parse_tree.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace wex_test {
+
+struct Image {
+    std::vector<parse_tree_node> nodes;
+
+    explicit Image(std::size_t count);
+    uint8_t *bytes() { return reinterpret_cast<uint8_t *>(nodes.data()); }
+    parse_tree_node &operator[](std::size_t i) { return nodes[i]; }
+
+    // Appends child to parent's children, as a link when link is true.
+    void add_child(uint16_t parent, uint16_t child, bool link = false);
+};
+
+// Nodes 0 .. count - 1, each the only (ordinary) child of the one before.
+Image make_chain(std::size_t count);
+
+} // namespace wex_test
+
+#endif

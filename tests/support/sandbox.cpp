@@ -1,0 +1,26 @@
+#include "support/sandbox.h"
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <sys/stat.h>
+
+namespace wex_test {
+
+std::string sandbox_path(std::string_view absolute)
+{
+    return std::string(WEX_TEST_SANDBOX) + std::string(absolute);
+}
+
+void write_sandbox_file(std::string_view absolute, std::string_view content, unsigned mode)
+{
+    const std::filesystem::path path = sandbox_path(absolute);
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    file.close();
+    if (!file || chmod(path.c_str(), mode) != 0)
+        throw std::runtime_error("cannot write sandbox file " + path.string());
+}
+
+} // namespace wex_test
