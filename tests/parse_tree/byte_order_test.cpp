@@ -11,7 +11,8 @@
 
 using wex_test::Image;
 
-namespace {
+namespace
+{
 
 const char kDepthFatal[] = "Fatal error: Tree exceeded maximum depth \n";
 
@@ -58,8 +59,8 @@ struct Field {
 // The converted fields of a node record, by offset and width.
 std::vector<Field> converted_fields(const parse_tree_node &host)
 {
-    std::vector<Field> f = {{332, 4}, {336, 4}, {340, 4}, {328, 2}, {330, 2}, {560, 2},
-                            {564, 2}, {562, 2}, {566, 2}, {984, 8}};
+    std::vector<Field> f = {{332, 4}, {336, 4}, {340, 4}, {328, 2}, {330, 2},
+                            {560, 2}, {564, 2}, {562, 2}, {566, 2}, {984, 8}};
     for (unsigned i = 0; i < host.child_count; ++i)
         f.push_back({568 + 2 * i, 2});
     for (unsigned i = 0; i < host.param_count; ++i) {
@@ -227,8 +228,9 @@ TEST(ImageByteOrder, NullImageAndSubtreeHeader)
 
     uint32_t header[WEX_SUBTREE_HEADER_WORDS + 1] = {1, 2, 0x01020304, 0, 0xFFFFFFFF, 0x80, 0xA5A5A5A5};
     hton_subtree_header(header);
-    const std::vector<uint8_t> expected = {0, 0, 0, 1, 0, 0, 0, 2, 1, 2, 3, 4, 0, 0, 0, 0,
-                                           0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0x80, 0xA5, 0xA5, 0xA5, 0xA5};
+    const std::vector<uint8_t> expected = {0, 0, 0, 1,    0,    0,    0,    2,    1,    2,
+                                           3, 4, 0, 0,    0,    0,    0xFF, 0xFF, 0xFF, 0xFF,
+                                           0, 0, 0, 0x80, 0xA5, 0xA5, 0xA5, 0xA5};
     EXPECT_EQ(bytes_of(header, sizeof header), expected);
     ntoh_subtree_header(header);
     EXPECT_EQ(header[2], 0x01020304u);

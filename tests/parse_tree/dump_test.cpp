@@ -12,7 +12,8 @@
 using wex_test::capture_stdout;
 using wex_test::Image;
 
-namespace {
+namespace
+{
 
 const std::string kDepthError = "Error: Cycle in parse tree or exceeded maximum depth\n";
 
@@ -87,11 +88,13 @@ TEST(DisplayParam, ShowsEachTypeWithItsFieldsAndFamily)
     } cases[] = {
         {descriptor(TYPE_INT, -5, 10, 0), "<Parameter TYPE_INT:-5 to 10{1048576}>"},
         {descriptor(TYPE_INT, -5, 10, 3), "<Parameter TYPE_INT|Subtype:3{1048576}>"},
-        {descriptor(TYPE_INT_RANGE, 1, 2, 0, "ports"), "<Parameter TYPE_INT_RANGE:1 to 2 help:ports {1048576}>"},
+        {descriptor(TYPE_INT_RANGE, 1, 2, 0, "ports"),
+         "<Parameter TYPE_INT_RANGE:1 to 2 help:ports {1048576}>"},
         {descriptor(TYPE_INT_MULTI_RANGE, 0, 7, 0), "<Parameter TYPE_INT_MULTI_RANGE:0 to 7{1048576}>"},
         {descriptor(TYPE_VSAN_MULTI_RANGE, 1, 4094, 0, "VSAN id"),
          "<Parameter TYPE_VSAN_MULTI_RANGE:1 to 4094 help:VSAN id {4194304}>"},
-        {descriptor(TYPE_VSAN_MULTI_RANGE, 1, 4094, 9), "<Parameter TYPE_VSAN_MULTI_RANGE|Subtype:9{4194304}>"},
+        {descriptor(TYPE_VSAN_MULTI_RANGE, 1, 4094, 9),
+         "<Parameter TYPE_VSAN_MULTI_RANGE|Subtype:9{4194304}>"},
         {descriptor(TYPE_HEX, 0x10, 0xff, 0), "<Parameter TYPE_HEX:0x10 to 0xff{1048576}>"},
         {descriptor(TYPE_HEX_RANGE, 0, -1, 0), "<Parameter TYPE_HEX_RANGE:0x0 to 0xffffffff{1048576}>"},
         {descriptor(TYPE_HEX_MULTI_RANGE, 1, 2, 2), "<Parameter TYPE_HEX_MULTI_RANGE|Subtype:2{1048576}>"},
@@ -145,11 +148,13 @@ TEST(DisplayArrayTree, PrintsEveryFieldChildrenAndLinks)
 
     const std::string expected =
         "<NODE> NodeName:show Token:show Help:Show info SubMode:8 Terminal:4 module_id:vsh "
-        "permissions_mask:80" + zeros(14) + "01" +
+        "permissions_mask:80" +
+        zeros(14) + "01" +
         "token_id:7 action:12 action:0x0000000c internal_func_id:3 optional:1 asciigen_priority:2 "
-        " Interface Mask:5 childlist_mask:40" + zeros(31) + "<Parameter TYPE_INT:-5 to 10{1048576}>\n" +
-        bare_node(1, "version") +
-        "      <NODE> NodeName:brief Token:brief permissions_mask:" + zeros(16) + "childlist_mask:" + zeros(32) +
+        " Interface Mask:5 childlist_mask:40" +
+        zeros(31) + "<Parameter TYPE_INT:-5 to 10{1048576}>\n" + bare_node(1, "version") +
+        "      <NODE> NodeName:brief Token:brief permissions_mask:" + zeros(16) +
+        "childlist_mask:" + zeros(32) +
         "\n"
         "   <Link> Nodename:show\n";
     EXPECT_EQ(capture_stdout([&] { display_array_tree(image.bytes(), 0, 0); }), expected);

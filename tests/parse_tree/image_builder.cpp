@@ -3,7 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
-namespace wex_test {
+namespace wex_test
+{
 
 Image::Image(std::size_t count) : nodes(count)
 {

@@ -7,7 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-namespace wex_test {
+namespace wex_test
+{
 
 struct Image {
     std::vector<parse_tree_node> nodes;

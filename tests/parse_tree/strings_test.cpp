@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
 // A 12-byte destination pre-filled with 'X', shown whole after the call.
 std::string after_strncpy(const char *src, uint32_t size)
@@ -94,7 +95,7 @@ TEST(Strtrim, RemovesOnlyBlanksAndHandsBackANewText)
         std::string in;
         const char *out;
     } cases[] = {{"  a b  ", "a b"}, {"    ", nullptr}, {"", nullptr},
-                 {"\tx ", "\tx"},    {"x", "x"},       {" \n ", "\n"}};
+                 {"\tx ", "\tx"},    {"x", "x"},        {" \n ", "\n"}};
     for (const auto &c : cases) {
         char *out = reinterpret_cast<char *>(1);
         const uint32_t len = strtrim(c.in.c_str(), &out);
@@ -146,25 +147,38 @@ TEST(Conversions, ReadNumbersAsTheFormatsDo)
     const struct {
         const char *text;
         int32_t value;
-    } ints[] = {{"010", 8},  {"0x10", 16}, {"  -42xyz", -42}, {"abc", 0}, {"+7", 7}, {"0X1f", 31},
-                {"99999999999", INT32_MAX}, {"-99999999999", INT32_MIN}, {"", 0}};
+    } ints[] = {{"010", 8}, {"0x10", 16}, {"  -42xyz", -42},          {"abc", 0},
+                {"+7", 7},  {"0X1f", 31}, {"99999999999", INT32_MAX}, {"-99999999999", INT32_MIN},
+                {"", 0}};
     for (const auto &c : ints)
         EXPECT_EQ(convert_str_to_int(c.text), c.value) << c.text;
 
     const struct {
         const char *text;
         uint32_t value;
-    } uints[] = {{"123", 123},           {"  42abc", 42},       {"abc", 0},  {"", 0},
-                 {"4294967295", UINT32_MAX}, {"4294967296", UINT32_MAX}, {"-1", UINT32_MAX},
-                 {"-5", 4294967291u},     {"+8", 8},             {"010", 10}};
+    } uints[] = {{"123", 123},
+                 {"  42abc", 42},
+                 {"abc", 0},
+                 {"", 0},
+                 {"4294967295", UINT32_MAX},
+                 {"4294967296", UINT32_MAX},
+                 {"-1", UINT32_MAX},
+                 {"-5", 4294967291u},
+                 {"+8", 8},
+                 {"010", 10}};
     for (const auto &c : uints)
         EXPECT_EQ(convert_str_to_uint(c.text), c.value) << c.text;
 
     const struct {
         const char *text;
         uint64_t value;
-    } hex[] = {{"ff", 255}, {"0x1F", 31}, {"10", 16}, {" 0xA", 10}, {"zz", 0},
-               {"ffffffffffffffff", UINT64_MAX}, {"123456789abcdef0", 0x123456789abcdef0ull}};
+    } hex[] = {{"ff", 255},
+               {"0x1F", 31},
+               {"10", 16},
+               {" 0xA", 10},
+               {"zz", 0},
+               {"ffffffffffffffff", UINT64_MAX},
+               {"123456789abcdef0", 0x123456789abcdef0ull}};
     for (const auto &c : hex)
         EXPECT_EQ(convert_str_to_uint64(c.text), c.value) << c.text;
 }

@@ -6,7 +6,8 @@
 #include <memory>
 #include <string>
 
-namespace {
+namespace
+{
 
 std::unique_ptr<tree_table> empty_table()
 {

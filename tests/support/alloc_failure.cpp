@@ -5,7 +5,8 @@
 #include <cstdlib>
 #include <new>
 
-namespace {
+namespace
+{
 
 void *allocate_or_null(std::size_t size) noexcept
 {

@@ -6,7 +6,8 @@
 
 #include "common/alloc_hook.h"
 
-namespace wex_test {
+namespace wex_test
+{
 
 // Calls call() with its 1st, 2nd, ... allocation failing, and check() after
 // each call with the hook disarmed, until a call makes no further

@@ -4,13 +4,16 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace wex_test {
+namespace wex_test
+{
 
-namespace {
+namespace
+{
 
 // Points one descriptor at a temporary file for its lifetime.
-class Redirect {
-public:
+class Redirect
+{
+  public:
     explicit Redirect(int fd) : fd_(fd), file_(std::tmpfile()), saved_(dup(fd))
     {
         if (!file_ || saved_ < 0)
@@ -34,7 +37,7 @@ public:
         return read_whole_fd(fileno(file_));
     }
 
-private:
+  private:
     void restore()
     {
         if (saved_ < 0)

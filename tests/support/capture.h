@@ -6,7 +6,8 @@
 #include <functional>
 #include <string>
 
-namespace wex_test {
+namespace wex_test
+{
 
 struct Output {
     std::string out;

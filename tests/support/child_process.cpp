@@ -8,9 +8,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace wex_test {
+namespace wex_test
+{
 
-namespace {
+namespace
+{
 
 struct FileCloser {
     void operator()(std::FILE *f) const { std::fclose(f); }

@@ -6,7 +6,8 @@
 #include <functional>
 #include <string>
 
-namespace wex_test {
+namespace wex_test
+{
 
 struct ChildResult {
     bool exited = false;  // ended through exit(), not a signal

@@ -5,7 +5,8 @@
 #include <stdexcept>
 #include <sys/stat.h>
 
-namespace wex_test {
+namespace wex_test
+{
 
 std::string sandbox_path(std::string_view absolute)
 {

@@ -6,7 +6,8 @@
 #include <string>
 #include <string_view>
 
-namespace wex_test {
+namespace wex_test
+{
 
 // The sandbox counterpart of an absolute switch path ("/tarn/bin/wex").
 std::string sandbox_path(std::string_view absolute);

@@ -6,9 +6,11 @@
 #include "alloc_hook.h"
 #endif
 
-namespace wex {
+namespace wex
+{
 
-namespace {
+namespace
+{
 bool allocation_refused() noexcept
 {
 #ifdef WEX_TEST_HOOKS

@@ -5,7 +5,8 @@
 
 #include <cstddef>
 
-namespace wex {
+namespace wex
+{
 
 // malloc, or NULL when memory runs out (or the test hook says so).
 void *mem_alloc(std::size_t size) noexcept;

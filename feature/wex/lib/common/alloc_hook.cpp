@@ -2,9 +2,11 @@
 
 #include <atomic>
 
-namespace wex::alloc_hook {
+namespace wex::alloc_hook
+{
 
-namespace {
+namespace
+{
 std::atomic<long> countdown{0};
 std::atomic<bool> refused{false};
 } // namespace

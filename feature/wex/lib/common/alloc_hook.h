@@ -3,7 +3,8 @@
 #ifndef WEX_COMMON_ALLOC_HOOK_H
 #define WEX_COMMON_ALLOC_HOOK_H
 
-namespace wex::alloc_hook {
+namespace wex::alloc_hook
+{
 
 // Makes the nth allocation from now fail (1 is the next one); 0 disarms.
 void arm(long nth) noexcept;

@@ -6,7 +6,8 @@
 #include <cstdlib>
 #include <limits>
 
-namespace {
+namespace
+{
 
 const char *skip_white_space(const char *s) noexcept
 {

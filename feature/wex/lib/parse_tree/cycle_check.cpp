@@ -7,7 +7,8 @@
 #include <memory>
 #include <new>
 
-namespace {
+namespace
+{
 
 using namespace wex::tree;
 
@@ -17,8 +18,9 @@ using namespace wex::tree;
 // which it was found shallow makes every node's subtree walked at most once
 // per depth. Whether a node is too deep only grows with its depth, so a node
 // found shallow at depth d is shallow at every smaller depth too.
-class DepthProbe {
-public:
+class DepthProbe
+{
+  public:
     explicit DepthProbe(const uint8_t *image) noexcept
         : image_(image), shallow_at_(new (std::nothrow) int8_t[kNodeIndices])
     {
@@ -42,7 +44,7 @@ public:
         return false;
     }
 
-private:
+  private:
     // Children are 16-bit indices; only a start node can lie beyond.
     static constexpr uint32_t kNodeIndices = 0x10000;
 

@@ -9,7 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace wex::tree {
+namespace wex::tree
+{
 
 void print_text_field(const char *label, const char *field, std::size_t width) noexcept
 {

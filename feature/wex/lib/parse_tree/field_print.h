@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace wex::tree {
+namespace wex::tree
+{
 
 // print_str of a character field of the given width, read no further.
 void print_text_field(const char *label, const char *field, std::size_t width) noexcept;

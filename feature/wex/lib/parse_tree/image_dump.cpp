@@ -7,7 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
-namespace {
+namespace
+{
 
 using namespace wex::tree;
 
@@ -100,8 +101,11 @@ struct NodeText {
     std::size_t width;
 };
 
-#define WEX_NODE_TEXT(label, member) \
-    NodeText{label, offsetof(parse_tree_node, member), sizeof(parse_tree_node::member)}
+#define WEX_NODE_TEXT(label, member)                                                                         \
+    NodeText                                                                                                 \
+    {                                                                                                        \
+        label, offsetof(parse_tree_node, member), sizeof(parse_tree_node::member)                            \
+    }
 
 void print_text(const uint8_t *node, const NodeText &f) noexcept
 {

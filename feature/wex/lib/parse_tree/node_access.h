@@ -11,7 +11,8 @@
 #include <cstdint>
 #include <cstring>
 
-namespace wex::tree {
+namespace wex::tree
+{
 
 template <typename T> inline T load(const uint8_t *p) noexcept
 {

@@ -1,6 +1,7 @@
 #include <wex/parse_tree.h>
 
-namespace {
+namespace
+{
 // The caller's parse tree; set once by the process, read afterwards.
 void *parse_tree_root = nullptr;
 } // namespace

@@ -7,7 +7,8 @@
 #include <string_view>
 #include <strings.h>
 
-namespace {
+namespace
+{
 
 std::string_view trim_blanks(std::string_view s) noexcept
 {
@@ -69,17 +70,13 @@ WEX_API int32_t robust_strcasecmp(const char *a, const char *b) noexcept
 
 WEX_API int32_t treelink_lexicograph_cmp(const void *a, const void *b) noexcept
 {
-    const auto token_of = [](const void *node) {
-        return static_cast<const parse_tree_node *>(node)->Token;
-    };
+    const auto token_of = [](const void *node) { return static_cast<const parse_tree_node *>(node)->Token; };
     return robust_strcasecmp(token_of(a), token_of(b));
 }
 
 WEX_API int32_t treegen_lexicograph_cmp(const void *a, const void *b) noexcept
 {
-    const auto token_of = [](const void *node) {
-        return static_cast<const generator_node *>(node)->Token;
-    };
+    const auto token_of = [](const void *node) { return static_cast<const generator_node *>(node)->Token; };
     return robust_strcasecmp(token_of(a), token_of(b));
 }
 

@@ -6,7 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
-namespace {
+namespace
+{
 
 const char kBanner[] = "=======================================";
 const char kRule[] = "---------------------------------------";

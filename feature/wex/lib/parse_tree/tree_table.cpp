@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-namespace {
+namespace
+{
 
 // Entries a table holds by its last_index. A value outside -1 to 511 can only
 // come from a damaged table; bounding it keeps every access inside entries.

@@ -7,7 +7,8 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace wex::tree {
+namespace wex::tree
+{
 
 // Depth of a walk's first call. A negative start counts as 0, so no walk ever
 // runs more than 31 levels below where it began and a looping image cannot

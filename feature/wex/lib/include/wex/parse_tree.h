@@ -57,13 +57,13 @@ WEX_BEGIN_DECLS
 
 /* Parameter descriptor: 100 bytes inside a node record. */
 typedef struct param_descriptor {
-    uint32_t type;    /* a TYPE_* code */
-    wex_u64_a4 mask;  /* interface-type mask of the interface types */
+    uint32_t type;   /* a TYPE_* code */
+    wex_u64_a4 mask; /* interface-type mask of the interface types */
     char help[64];
-    uint32_t min;     /* lower bound; the one number of TYPE_STRING and TYPE_URI */
+    uint32_t min; /* lower bound; the one number of TYPE_STRING and TYPE_URI */
     uint32_t max;
-    uint32_t subtype; /* 0, or a parameter subtype shown in place of the range */
-    uint32_t extra32; /* carried, not interpreted */
+    uint32_t subtype;   /* 0, or a parameter subtype shown in place of the range */
+    uint32_t extra32;   /* carried, not interpreted */
     wex_u64_a4 extra64; /* carried, not interpreted */
 } param_descriptor;
 
@@ -98,10 +98,10 @@ typedef struct parse_tree_node {
     uint16_t param_count;
     uint16_t asciigen_priority;
     uint16_t child_count;
-    uint16_t children[192];       /* node indices, the first child_count valid */
-    uint8_t childlist_mask[32];   /* a set bit makes that child a link */
+    uint16_t children[192];     /* node indices, the first child_count valid */
+    uint8_t childlist_mask[32]; /* a set bit makes that child a link */
     wex_u64_a4 interface_mask;
-    uint8_t reserved[8];          /* carried unchanged */
+    uint8_t reserved[8]; /* carried unchanged */
 } parse_tree_node;
 
 WEX_ASSERT_SIZE(parse_tree_node, 1000);

@@ -28,7 +28,7 @@
 #define WEX_ASSERT_SIZE(type, size) WEX_STATIC_ASSERT(sizeof(type) == (size), #type " has the wrong size")
 
 /* Asserts the byte offset of one field of a fixed-layout record. */
-#define WEX_ASSERT_OFFSET(type, field, off) \
+#define WEX_ASSERT_OFFSET(type, field, off)                                                                  \
     WEX_STATIC_ASSERT(offsetof(type, field) == (off), #type "." #field " has the wrong offset")
 
 /* A 64-bit value that may stand at an offset that is a multiple of 4 only:
