@@ -109,6 +109,11 @@ TEST(Strtrim, RemovesOnlyBlanksAndHandsBackANewText)
         EXPECT_EQ(len, std::strlen(c.out));
         std::free(out);
     }
+
+    char *out = reinterpret_cast<char *>(1);
+    EXPECT_EQ(strtrim(nullptr, &out), 0u);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(strtrim("  a  ", nullptr), 0u);
 }
 
 TEST(Strtrim, WarnsAboveTheBufferSizeAndStillReturnsTheWholeText)
@@ -181,4 +186,8 @@ TEST(Conversions, ReadNumbersAsTheFormatsDo)
                {"123456789abcdef0", 0x123456789abcdef0ull}};
     for (const auto &c : hex)
         EXPECT_EQ(convert_str_to_uint64(c.text), c.value) << c.text;
+
+    EXPECT_EQ(convert_str_to_int(nullptr), 0);
+    EXPECT_EQ(convert_str_to_uint(nullptr), 0u);
+    EXPECT_EQ(convert_str_to_uint64(nullptr), 0u);
 }

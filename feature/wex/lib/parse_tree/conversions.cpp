@@ -29,17 +29,20 @@ template <typename T> T saturate(long long v) noexcept
 
 } // namespace
 
+// A missing text reads as no number (0), like a text without digits.
 extern "C" {
 
 WEX_API int32_t convert_str_to_int(const char *s) noexcept
 {
-    return saturate<int32_t>(std::strtoll(s, nullptr, 0));
+    return s ? saturate<int32_t>(std::strtoll(s, nullptr, 0)) : 0;
 }
 
 WEX_API uint32_t convert_str_to_uint(const char *s) noexcept
 {
     // "%u" semantics on a 32-bit system: an optional sign, decimal digits,
     // out of range saturating to the largest value, a minus sign negating.
+    if (!s)
+        return 0;
     const char *p = skip_white_space(s);
     const bool negative = *p == '-';
     if (*p == '-' || *p == '+')
@@ -59,7 +62,7 @@ WEX_API uint64_t convert_str_to_uint64(const char *s) noexcept
 {
     // strtoull in base 16 reads what "%llx" reads, and gives 0 (the value
     // chosen for "no number") when there are no digits.
-    return std::strtoull(s, nullptr, 16);
+    return s ? std::strtoull(s, nullptr, 16) : 0;
 }
 
 } // extern "C"

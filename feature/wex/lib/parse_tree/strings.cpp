@@ -82,13 +82,17 @@ WEX_API int32_t treegen_lexicograph_cmp(const void *a, const void *b) noexcept
 
 WEX_API uint32_t strtrim(const char *str, char **out) noexcept
 {
-    const std::string_view whole(str);
+    // A missing text or result slot trims to nothing rather than crashing
+    // the caller's process.
+    if (!out)
+        return 0;
+    *out = nullptr;
+    const std::string_view whole(str ? str : "");
     if (whole.size() > STRING_BUFFER_SIZE)
         std::puts("Error: String length bigger than STRING_BUFFER_SIZE");
     // The result is allocated at its exact size, so a trimmed text of
     // STRING_BUFFER_SIZE characters or more comes back whole, never cut.
     const std::string_view trimmed = trim_blanks(whole);
-    *out = nullptr;
     if (trimmed.empty())
         return 0;
     auto *copy = static_cast<char *>(wex::mem_alloc(trimmed.size() + 1));

@@ -264,8 +264,8 @@ WEX_API int32_t treegen_lexicograph_cmp(const void *a, const void *b) WEX_NOEXCE
 #define STRING_BUFFER_SIZE 4096
 
 /* Stores in *out a new copy of str without leading and trailing blanks
- * (0x20) and returns its length; *out is NULL and the result 0 when nothing
- * is left or memory runs out. The caller frees *out. */
+ * (0x20) and returns its length; *out is NULL and the result 0 when str is
+ * NULL, nothing is left or memory runs out. The caller frees *out. */
 WEX_API uint32_t strtrim(const char *str, char **out) WEX_NOEXCEPT;
 
 /* Reads a signed integer: 0x for hexadecimal, 0 for octal, else decimal. */
