@@ -53,12 +53,13 @@ WEX_API int32_t search_entry_in_tree_table(const tree_table *t, const char *par_
 
 WEX_API int32_t delete_entry_from_tree_table(tree_table *t, int32_t index) noexcept
 {
+    const int32_t count = valid_entries(t);
     // Only a valid entry can be removed; anything else leaves the table alone.
-    if (index < 0 || index >= valid_entries(t))
+    if (index < 0 || index >= count)
         return -1;
-    const int32_t after = valid_entries(t) - index - 1;
+    const auto after = static_cast<std::size_t>(count - index - 1);
     std::memmove(&t->entries[index], &t->entries[index + 1], after * sizeof t->entries[0]);
-    t->last_index = valid_entries(t) - 2;
+    t->last_index = count - 2;
     return 0;
 }
 
