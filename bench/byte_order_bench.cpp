@@ -2,6 +2,8 @@
 // next to memcpy of the same bytes, in one run.
 #include <wex/parse_tree.h>
 
+#include "image_builder.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -22,15 +24,14 @@ constexpr int kSpineDepth = 30;            // levels below a root: 31 in all
 // leaf and a link at each level, the body nodes are used up in that order,
 // and the body nodes left over are roots of their own.
 struct Forest {
-    std::vector<parse_tree_node> nodes = std::vector<parse_tree_node>(kNodes);
+    wex_test::Image image{kNodes};
     std::vector<uint32_t> roots;
     uint32_t next_body = 0;
 
     Forest()
     {
-        std::memset(nodes.data(), 0, nodes.size() * sizeof nodes[0]);
         for (uint32_t i = 0; i < kNodes; ++i)
-            fill(nodes[i], i);
+            fill(image[i], i);
         for (uint32_t root = kAddressable; root < kNodes; ++root) {
             roots.push_back(root);
             if (root % 8 == 0)
@@ -58,24 +59,15 @@ struct Forest {
         }
     }
 
-    void add_child(uint32_t parent, uint32_t child, bool link)
-    {
-        parse_tree_node &p = nodes[parent];
-        const unsigned position = p.child_count++;
-        p.children[position] = static_cast<uint16_t>(child);
-        if (link)
-            p.childlist_mask[position / 8] |= static_cast<uint8_t>(1u << (position % 8));
-    }
-
     void grow_spine(uint32_t root)
     {
         uint32_t at = root;
         for (int level = 0; level < kSpineDepth && next_body + 2 <= kAddressable; ++level) {
             const uint32_t leaf = next_body++;
             const uint32_t spine = next_body++;
-            add_child(at, leaf, false);
-            add_child(at, (spine * 7) % kAddressable, true);
-            add_child(at, spine, false);
+            image.add_child(at, static_cast<uint16_t>(leaf));
+            image.add_child(at, static_cast<uint16_t>((spine * 7) % kAddressable), true);
+            image.add_child(at, static_cast<uint16_t>(spine));
             at = spine;
         }
     }
@@ -90,7 +82,7 @@ Forest &forest()
 void BM_HtonNtohRoundTrip(benchmark::State &state)
 {
     Forest &f = forest();
-    auto *image = reinterpret_cast<uint8_t *>(f.nodes.data());
+    uint8_t *image = f.image.bytes();
     for (auto _ : state) {
         for (uint32_t root : f.roots)
             hton_array_tree(image, root, 0);
@@ -108,7 +100,7 @@ void BM_MemcpyImage(benchmark::State &state)
     Forest &f = forest();
     std::vector<uint8_t> copy(kNodes * WEX_NODE_SIZE);
     for (auto _ : state) {
-        std::memcpy(copy.data(), f.nodes.data(), copy.size());
+        std::memcpy(copy.data(), f.image.bytes(), copy.size());
         benchmark::DoNotOptimize(copy.data());
         benchmark::ClobberMemory();
     }

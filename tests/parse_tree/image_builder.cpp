@@ -11,7 +11,7 @@ Image::Image(std::size_t count) : nodes(count)
     std::memset(nodes.data(), 0, count * sizeof(parse_tree_node));
 }
 
-void Image::add_child(uint16_t parent, uint16_t child, bool link)
+void Image::add_child(uint32_t parent, uint16_t child, bool link)
 {
     parse_tree_node &p = nodes[parent];
     const unsigned position = p.child_count++;

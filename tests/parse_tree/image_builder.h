@@ -1,4 +1,4 @@
-// Small parse-tree images for tests, built in host order.
+// Parse-tree images for tests and benchmarks, built in host order.
 #ifndef WEX_TEST_IMAGE_BUILDER_H
 #define WEX_TEST_IMAGE_BUILDER_H
 
@@ -18,7 +18,7 @@ struct Image {
     parse_tree_node &operator[](std::size_t i) { return nodes[i]; }
 
     // Appends child to parent's children, as a link when link is true.
-    void add_child(uint16_t parent, uint16_t child, bool link = false);
+    void add_child(uint32_t parent, uint16_t child, bool link = false);
 };
 
 // Nodes 0 .. count - 1, each the only (ordinary) child of the one before.
