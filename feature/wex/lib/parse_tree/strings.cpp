@@ -1,6 +1,6 @@
 #include <wex/parse_tree.h>
 
-#include "../common/alloc.h"
+#include "common/alloc.h"
 
 #include <cstdio>
 #include <cstring>

@@ -4,5 +4,6 @@
 
 #include <wex/wex_api.h>
 #include <wex/parse_tree.h>
+#include <wex/exec.h>
 
 #endif /* WEX_WEX_H */
