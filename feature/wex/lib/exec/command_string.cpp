@@ -105,8 +105,16 @@ WEX_API uint32_t wex_system_cmd_str_create(wex_system_params_t *params, char *ds
     LineParts parts;
     if (!params || (!dst && capacity > 0) || !build_parts(*params, parts))
         return WEX_STATUS_BAD_EXEC_RECORD;
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
+    // A line longer than the capacity is cut there, as the callers expect.
     std::snprintf(dst, capacity, "%s %s -e %d -q %d -o %d %s %s", parts.shell, parts.option, params->e_val,
                   params->q_val, params->o_val, params->extra_args, parts.redirection);
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
     if (params->debug)
         std::printf("Command str:%s\n", capacity > 0 ? dst : "");
     return WEX_STATUS_SUCCESS;
