@@ -3,13 +3,12 @@
 #include <wex/parse_tree.h>
 
 #include "image_builder.h"
+#include "summary_reporter.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstring>
-#include <map>
-#include <string>
 #include <vector>
 
 namespace
@@ -109,42 +108,23 @@ void BM_MemcpyImage(benchmark::State &state)
 }
 BENCHMARK(BM_MemcpyImage)->Unit(benchmark::kMillisecond);
 
-// Console output plus the ratio of the two benchmarks' times. Both run in
-// milliseconds, the unit GetAdjustedRealTime reports them in.
-class RatioReporter : public benchmark::ConsoleReporter
+// Nodes per second and the ratio of the round trip to memcpy; both run in
+// milliseconds.
+void summarize(wex_bench::RealTimes &real_ms)
 {
-  public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &r : runs)
-            real_ms_[r.benchmark_name()] = r.GetAdjustedRealTime();
+    const double trip = real_ms["BM_HtonNtohRoundTrip"];
+    const double copy = real_ms["BM_MemcpyImage"];
+    if (trip > 0 && copy > 0) {
+        std::printf("image: %u nodes, %u bytes\n", kNodes, kNodes * WEX_NODE_SIZE);
+        std::printf("round trip: %.0f nodes/s\n", kNodes / (trip / 1e3));
+        std::printf("round trip / memcpy = %.3f\n", trip / copy);
     }
-
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        const double trip = real_ms_["BM_HtonNtohRoundTrip"];
-        const double copy = real_ms_["BM_MemcpyImage"];
-        if (trip > 0 && copy > 0) {
-            std::printf("image: %u nodes, %u bytes\n", kNodes, kNodes * WEX_NODE_SIZE);
-            std::printf("round trip: %.0f nodes/s\n", kNodes / (trip / 1e3));
-            std::printf("round trip / memcpy = %.3f\n", trip / copy);
-        }
-    }
-
-  private:
-    std::map<std::string, double> real_ms_;
-};
+}
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    benchmark::Initialize(&argc, argv);
     forest();
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return wex_bench::run_with_summary(argc, argv, summarize);
 }

@@ -44,7 +44,12 @@ void BM_CmdlistFilter(benchmark::State &state)
         benchmark::Counter(static_cast<double>(state.iterations()) * kScriptLines,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
-BENCHMARK(BM_CmdlistFilter)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
+BENCHMARK(BM_CmdlistFilter)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MinTime(2.0);
 
 } // namespace
 

@@ -3,11 +3,12 @@
 // posix_spawn of the same program in the same run.
 #include <wex/exec.h>
 
+#include "summary_reporter.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstring>
-#include <map>
 #include <memory>
 #include <spawn.h>
 #include <string>
@@ -48,47 +49,28 @@ void BM_PosixSpawn(benchmark::State &state)
     for (auto _ : state) {
         pid_t pid;
         int status = -1;
-        if (posix_spawn(&pid, kShell, nullptr, nullptr, argv, environ) != 0 || waitpid(pid, &status, 0) != pid ||
-            status != 0)
+        if (posix_spawn(&pid, kShell, nullptr, nullptr, argv, environ) != 0 ||
+            waitpid(pid, &status, 0) != pid || status != 0)
             state.SkipWithError("posix_spawn of the shell failed");
     }
 }
 BENCHMARK(BM_PosixSpawn)->Arg(16)->Arg(1024)->Unit(benchmark::kMicrosecond);
 
-// Console output, then microseconds per call and the ratio per parent size.
-class RatioReporter : public benchmark::ConsoleReporter
+// Microseconds per call of each and their ratio, per parent size.
+void summarize(wex_bench::RealTimes &real_us)
 {
-  public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &r : runs)
-            real_us_[r.benchmark_name()] = r.GetAdjustedRealTime();
+    for (const char *size : {"16", "1024"}) {
+        const double wex = real_us[std::string("BM_WexSystem/") + size];
+        const double spawn = real_us[std::string("BM_PosixSpawn/") + size];
+        if (wex > 0 && spawn > 0)
+            std::printf("parent %4s MiB: wex_system %.1f us, posix_spawn %.1f us, ratio %.2f\n", size, wex,
+                        spawn, wex / spawn);
     }
-
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        for (const char *size : {"16", "1024"}) {
-            const double wex = real_us_[std::string("BM_WexSystem/") + size];
-            const double spawn = real_us_[std::string("BM_PosixSpawn/") + size];
-            if (wex > 0 && spawn > 0)
-                std::printf("parent %4s MiB: wex_system %.1f us, posix_spawn %.1f us, ratio %.2f\n", size, wex,
-                            spawn, wex / spawn);
-        }
-    }
-
-  private:
-    std::map<std::string, double> real_us_;
-};
+}
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return wex_bench::run_with_summary(argc, argv, summarize);
 }

@@ -89,10 +89,14 @@ bool build_parts(const wex_system_params_t &params, LineParts &parts) noexcept
            build_redirection_part(params, parts) && terminated(params.extra_args);
 }
 
-bool file_exists(const wex_system_params_t &params) noexcept
+// Whether the record names a file that exists: 0, or the status that says
+// why the run cannot go on.
+uint32_t check_file(const wex_system_params_t *params) noexcept
 {
+    if (!params || !terminated(params->file_name))
+        return WEX_STATUS_BAD_EXEC_RECORD;
     struct stat st;
-    return stat(params.file_name, &st) == 0;
+    return stat(params->file_name, &st) == 0 ? WEX_STATUS_SUCCESS : WEX_STATUS_FILE_MISSING;
 }
 
 } // namespace
@@ -142,10 +146,8 @@ WEX_API uint32_t wex_system2(wex_system_params_t *params) noexcept
 
 WEX_API uint32_t wex_execute_script_file2(wex_system_params_t *params) noexcept
 {
-    if (!params || !terminated(params->file_name))
-        return WEX_STATUS_BAD_EXEC_RECORD;
-    if (!file_exists(*params))
-        return WEX_STATUS_FILE_MISSING;
+    if (const uint32_t status = check_file(params))
+        return status;
     params->type = WEX_EXEC_SCRIPT;
     if (params->q_val == 2)
         return wex::exec::cmdlist_filter(*params);
@@ -154,10 +156,8 @@ WEX_API uint32_t wex_execute_script_file2(wex_system_params_t *params) noexcept
 
 WEX_API uint32_t wex_execute_cfg_file2(wex_system_params_t *params) noexcept
 {
-    if (!params || !terminated(params->file_name))
-        return WEX_STATUS_BAD_EXEC_RECORD;
-    if (!file_exists(*params))
-        return WEX_STATUS_FILE_MISSING;
+    if (const uint32_t status = check_file(params))
+        return status;
     params->type = WEX_EXEC_CFG;
     return wex_system_execute(params);
 }
@@ -177,10 +177,10 @@ WEX_API uint32_t wex_execute_cmd_file2(wex_system_params_t *params, const char *
 {
     // system() given no line only asks whether an interpreter exists; that
     // answer must not pass for the result of a run.
-    if (!params || !command_line || !terminated(params->file_name))
+    if (!command_line)
         return WEX_STATUS_BAD_EXEC_RECORD;
-    if (!file_exists(*params))
-        return WEX_STATUS_FILE_MISSING;
+    if (const uint32_t status = check_file(params))
+        return status;
     if (params->debug)
         std::printf("Executing wex command string:%s\n", command_line);
     const int result = std::system(command_line);

@@ -1,0 +1,54 @@
+// Console output of a benchmark program, followed by a summary worked out
+// from the runs' real times (each in its benchmark's own unit), by name.
+#ifndef WEX_BENCH_SUMMARY_REPORTER_H
+#define WEX_BENCH_SUMMARY_REPORTER_H
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace wex_bench
+{
+
+using RealTimes = std::map<std::string, double>;
+
+class SummaryReporter : public benchmark::ConsoleReporter
+{
+  public:
+    explicit SummaryReporter(std::function<void(RealTimes &)> summarize) : summarize_(std::move(summarize)) {}
+
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run &r : runs)
+            real_times_[r.benchmark_name()] = r.GetAdjustedRealTime();
+    }
+
+    void Finalize() override
+    {
+        ConsoleReporter::Finalize();
+        summarize_(real_times_);
+    }
+
+  private:
+    std::function<void(RealTimes &)> summarize_;
+    RealTimes real_times_;
+};
+
+// Runs the program's benchmarks with a summary after them.
+inline int run_with_summary(int argc, char **argv, std::function<void(RealTimes &)> summarize)
+{
+    benchmark::Initialize(&argc, argv);
+    SummaryReporter reporter(std::move(summarize));
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}
+
+} // namespace wex_bench
+
+#endif
