@@ -199,7 +199,10 @@ TEST(CommandString, DebugLinesAndTheMultiStageStatus)
     p.debug = 1;
     put(p.cmd_str, "show clock");
     const std::string line = main_shell() + "  -c \"show clock\"  -e 0 -q 0 -o 0  ";
-    EXPECT_EQ(capture_stdout([&] { wex_system2(&p); }), "Command str:" + line + "\nwex exit status = 0\n");
+    stub.set("WEX_STUB_SAY", "child\n");
+    EXPECT_EQ(capture_stdout([&] { wex_system2(&p); }),
+              "Command str:" + line + "\nchild\nwex exit status = 0\n");
+    stub.set("WEX_STUB_SAY", "");
 
     put(p.file_name, sandbox_path("/bootflash/a.cfg"));
     stub.exit_with(1);

@@ -126,11 +126,13 @@ WEX_API uint32_t wex_system_cmd_str_create(wex_system_params_t *params, char *ds
 
 WEX_API uint32_t wex_system_execute(wex_system_params_t *params) noexcept
 {
-    wex::exec::flush_std_streams();
     char line[kRunLineSize];
     const uint32_t status = wex_system_cmd_str_create(params, line, sizeof line);
     if (status != WEX_STATUS_SUCCESS)
         return status;
+    // Flushed after the line is built, so its debug line too comes before
+    // anything the shell prints.
+    wex::exec::flush_std_streams();
     const int result = std::system(line);
     wex::exec::print_exit_status(params->debug, result);
     return wex::exec::fold_interpreter_result(result);
