@@ -5,5 +5,6 @@
 #include <wex/wex_api.h>
 #include <wex/parse_tree.h>
 #include <wex/exec.h>
+#include <wex/output.h>
 
 #endif /* WEX_WEX_H */
