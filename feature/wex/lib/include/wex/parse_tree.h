@@ -368,6 +368,56 @@ WEX_API void hton_subtree_header(uint32_t *header) WEX_NOEXCEPT;
 /* Converts the six words of a subtree header to host order. */
 WEX_API void ntoh_subtree_header(uint32_t *header) WEX_NOEXCEPT;
 
+/* ---- Parse-tree file store ------------------------------------------------- */
+
+/* Width of one name of the HA file set and of the dynamic file names. */
+#define WEX_FILE_NAME_SIZE 64
+
+/* Sets the HA file set: a directory and a table of count names, both kept
+ * by pointer and owned by the caller. Returns 0. */
+WEX_API int32_t file_ha_init(const char *directory, const char (*names)[WEX_FILE_NAME_SIZE],
+                             int32_t count) WEX_NOEXCEPT;
+
+/* The next name of the set in rotation, its marker removed so no reader
+ * chooses it while it is rewritten; NULL when the set is empty or the
+ * name's marker path does not fit in 127 characters. */
+WEX_API const char *file_ha_current_writable_filename(void) WEX_NOEXCEPT;
+
+/* Marks name complete: its marker "<directory>/<name>_done" holds the commit
+ * number. 0, or -1 when the marker cannot be written. */
+WEX_API int32_t file_ha_commit(const char *name) WEX_NOEXCEPT;
+
+/* The newest complete name (marker time, then marker number), or NULL. */
+WEX_API const char *file_ha_current_readable_filename(void) WEX_NOEXCEPT;
+
+/* The current and the next name of the main tree's file ("main_tree%u.par"). */
+WEX_API extern char current_dynamic_par_file[WEX_FILE_NAME_SIZE];
+WEX_API extern char new_dynamic_par_file[WEX_FILE_NAME_SIZE];
+
+/* The highest number of a "main_tree<n>." file in the directory, at least 1. */
+WEX_API uint32_t wexd_init_sequence_no(const char *directory) WEX_NOEXCEPT;
+
+/* Starts the numbering in directory: removes the highest-numbered main-tree
+ * file and makes the next number current. Returns current_dynamic_par_file. */
+WEX_API char *wexd_dynamic_parfile_init(const char *directory) WEX_NOEXCEPT;
+
+/* Takes the next number into new_dynamic_par_file and returns it. */
+WEX_API char *wexd_get_new_dynamic_parfile_name(void) WEX_NOEXCEPT;
+
+/* Makes the new name current; returns current_dynamic_par_file. */
+WEX_API char *wexd_update_current_dynamic_parfile_name(void) WEX_NOEXCEPT;
+
+/* Returns current_dynamic_par_file. */
+WEX_API char *wexd_get_current_dynamic_parfile_name(void) WEX_NOEXCEPT;
+
+/* Compresses the default tree "/tarn/etc/par/default/main_tree.par" with
+ * gzip: -1 when it does not exist, else gzip's wait status. */
+WEX_API int32_t wex_default_parse_tree_zip(void) WEX_NOEXCEPT;
+
+/* Restores the default tree from its ".gz" unless it exists (then 0), and
+ * makes it readable and writable by all: 0, or -1 when it still does not exist. */
+WEX_API int32_t wex_default_parse_tree_unzip(void) WEX_NOEXCEPT;
+
 WEX_END_DECLS
 
 #endif /* WEX_PARSE_TREE_H */

@@ -1,0 +1,253 @@
+#include "support/sandbox.h"
+
+#include <wex/parse_tree.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <random>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace wex_test;
+namespace fs = std::filesystem;
+
+namespace
+{
+
+const char kNames[3][WEX_FILE_NAME_SIZE] = {"a", "b", "c"};
+
+std::string fresh_folder(const std::string &name)
+{
+    const std::string path = sandbox_path("/store/" + name);
+    fs::remove_all(path);
+    fs::create_directories(path);
+    return path;
+}
+
+std::string content(const std::string &path)
+{
+    std::ifstream file(path);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return file ? text.str() : "<absent>";
+}
+
+void set_mtime(const std::string &path, time_t seconds)
+{
+    const timeval times[2] = {{seconds, 0}, {seconds, 0}};
+    ASSERT_EQ(utimes(path.c_str(), times), 0) << path;
+}
+
+// The index of the next writable name is never reset; a table of one name
+// brings it back to 0.
+void init_rotation(const std::string &folder, const char (*names)[WEX_FILE_NAME_SIZE], int32_t count)
+{
+    file_ha_init(folder.c_str(), kNames, 1);
+    file_ha_current_writable_filename();
+    file_ha_init(folder.c_str(), names, count);
+}
+
+TEST(FileHa, RotatesAndReadsTheNewestCompleteFile)
+{
+    const std::string dir = fresh_folder("ha");
+    init_rotation(dir, kNames, 3);
+    EXPECT_EQ(file_ha_current_readable_filename(), nullptr);
+    EXPECT_STREQ(file_ha_current_writable_filename(), "a");
+    ASSERT_EQ(file_ha_commit("a"), 0);
+    const int first = std::stoi(content(dir + "/a_done"));
+    EXPECT_STREQ(file_ha_current_writable_filename(), "b");
+    ASSERT_EQ(file_ha_commit("b"), 0);
+    EXPECT_EQ(content(dir + "/b_done"), std::to_string(first + 1));
+    set_mtime(dir + "/a_done", 1000);
+    set_mtime(dir + "/b_done", 1001);
+    EXPECT_STREQ(file_ha_current_readable_filename(), "b");
+
+    EXPECT_STREQ(file_ha_current_writable_filename(), "c");
+    EXPECT_STREQ(file_ha_current_writable_filename(), "a");
+    EXPECT_FALSE(fs::exists(dir + "/a_done"));
+    EXPECT_STREQ(file_ha_current_readable_filename(), "b");
+
+    // Equal times: the larger number wins, in whichever order the names come.
+    std::ofstream(dir + "/a_done") << "3";
+    std::ofstream(dir + "/b_done") << "-1";
+    std::ofstream(dir + "/c_done") << "";
+    for (const char *name : {"a_done", "b_done", "c_done"})
+        set_mtime(dir + "/" + name, 2000);
+    EXPECT_STREQ(file_ha_current_readable_filename(), "a");
+    std::ofstream(dir + "/c_done") << "4";
+    set_mtime(dir + "/c_done", 2000);
+    EXPECT_STREQ(file_ha_current_readable_filename(), "c");
+}
+
+TEST(FileHa, RefusesWhatItCannotNameWhole)
+{
+    // A folder of 100 characters leaves 21 for a name in a 127-character path.
+    const std::size_t base = sandbox_path("/store/").size();
+    ASSERT_LT(base, 90u);
+    const std::string dir = fresh_folder(std::string(100 - base, 'd'));
+    init_rotation(dir, kNames, 0);
+    EXPECT_EQ(file_ha_current_writable_filename(), nullptr);
+    EXPECT_EQ(file_ha_current_readable_filename(), nullptr);
+
+    // "<dir>/<name>_done" at 127 characters fits, at 128 it does not.
+    char names[2][WEX_FILE_NAME_SIZE] = {};
+    const std::size_t fitting = 127 - dir.size() - 1 - 5;
+    ASSERT_LT(fitting + 1, sizeof names[0]);
+    std::memset(names[0], 'n', fitting);
+    std::memset(names[1], 'm', fitting + 1);
+    init_rotation(dir, names, 2);
+    EXPECT_EQ(file_ha_current_writable_filename(), names[0]);
+    EXPECT_EQ(file_ha_commit(names[0]), 0);
+    EXPECT_EQ(file_ha_current_writable_filename(), nullptr);
+    EXPECT_EQ(file_ha_commit(names[1]), -1);
+    EXPECT_EQ(file_ha_current_readable_filename(), names[0]);
+
+    // A name that fills its field has no terminator and is never read past.
+    std::memset(names[1], 'm', sizeof names[1]);
+    EXPECT_EQ(file_ha_current_writable_filename(), names[0]);
+    EXPECT_EQ(file_ha_current_writable_filename(), nullptr);
+
+    // Set again with fewer names, the index wraps within the new count.
+    file_ha_init(dir.c_str(), kNames, 3);
+    file_ha_current_writable_filename(); // index 0 -> 1
+    file_ha_current_writable_filename(); // 1 -> 2
+    file_ha_init(dir.c_str(), kNames, 2);
+    EXPECT_STREQ(file_ha_current_writable_filename(), "a");
+    EXPECT_STREQ(file_ha_current_writable_filename(), "b");
+
+    // A marker that cannot be created: -1, and the number is not used up.
+    const std::string missing = dir + "/missing"; // held by pointer: it must outlive its use
+    file_ha_init(missing.c_str(), kNames, 3);
+    EXPECT_EQ(file_ha_commit("a"), -1);
+    file_ha_init(dir.c_str(), kNames, 3);
+    ASSERT_EQ(file_ha_commit("b"), 0);
+    ASSERT_EQ(file_ha_commit("c"), 0);
+    EXPECT_EQ(std::stoi(content(dir + "/c_done")), std::stoi(content(dir + "/b_done")) + 1);
+    file_ha_init(nullptr, kNames, 3);
+    EXPECT_EQ(file_ha_commit("a"), -1);
+}
+
+// The writer's loop: each file holds kLines copies of its version and a last
+// line "end", written in pieces, then committed.
+[[noreturn]] void write_forever(const std::string &dir)
+{
+    constexpr int kLines = 200;
+    file_ha_init(dir.c_str(), kNames, 3);
+    for (long long version = getpid() * 1000LL;; ++version) {
+        const char *name = file_ha_current_writable_filename();
+        std::FILE *file = std::fopen((dir + "/" + name).c_str(), "w");
+        for (int i = 0; i < kLines; ++i) {
+            std::fprintf(file, "%lld\n", version);
+            if (i % 50 == 0)
+                std::fflush(file);
+        }
+        std::fputs("end\n", file);
+        std::fclose(file);
+        file_ha_commit(name);
+    }
+}
+
+// A file is complete when all its lines but the last are one version and the
+// last is "end".
+bool complete(const std::string &text)
+{
+    std::istringstream lines(text);
+    std::string first, line, last;
+    std::getline(lines, first);
+    int count = 1;
+    while (std::getline(lines, line)) {
+        last = line;
+        if (line != first && line != "end")
+            return false;
+        ++count;
+    }
+    return last == "end" && count == 201;
+}
+
+TEST(FileHa, AReaderNeverChoosesAFileCutShortByAKilledWriter)
+{
+    const std::string dir = fresh_folder("ha_crash");
+    file_ha_init(dir.c_str(), kNames, 3);
+    std::mt19937 random(7);
+    int checked = 0;
+    for (int kill_count = 0; kill_count < 300; ++kill_count) {
+        const pid_t writer = fork();
+        if (writer == 0)
+            write_forever(dir);
+        const auto stop_at =
+            std::chrono::steady_clock::now() + std::chrono::microseconds(2000 + random() % 8000);
+        while (std::chrono::steady_clock::now() < stop_at) {
+            const char *name = file_ha_current_readable_filename();
+            if (!name)
+                continue;
+            const std::string marker = content(dir + "/" + name + "_done");
+            const std::string text = content(dir + "/" + name);
+            // Only a read that the marker still vouches for counts: the writer
+            // may have taken the name again while it was being read.
+            if (marker == "<absent>" || content(dir + "/" + name + "_done") != marker)
+                continue;
+            EXPECT_TRUE(complete(text)) << name << " after " << kill_count << " kills";
+            ++checked;
+        }
+        kill(writer, SIGKILL);
+        int status = 0;
+        waitpid(writer, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "the writer ended on its own";
+    }
+    EXPECT_GT(checked, 300);
+}
+
+TEST(DynamicParfile, FindsTheHighestNumberAndNamesTheNext)
+{
+    const std::string dir = fresh_folder("par");
+    EXPECT_EQ(wexd_init_sequence_no(dir.c_str()), 1u);
+    EXPECT_EQ(wexd_init_sequence_no((dir + "/missing").c_str()), 1u);
+    EXPECT_EQ(wexd_init_sequence_no(nullptr), 1u);
+    for (const char *file : {"main_tree7.par", "main_tree12.par.gz", "main_tree.par",
+                             "main_tree99999999999.par", "main_tree40", "old_main_tree3x.par"})
+        std::ofstream(dir + "/" + file) << "x";
+    EXPECT_EQ(wexd_init_sequence_no(dir.c_str()), 12u);
+    std::ofstream(dir + "/main_tree12.par") << "x";
+
+    EXPECT_STREQ(wexd_dynamic_parfile_init(dir.c_str()), "main_tree13.par");
+    EXPECT_FALSE(fs::exists(dir + "/main_tree12.par"));
+    EXPECT_TRUE(fs::exists(dir + "/main_tree12.par.gz"));
+    EXPECT_STREQ(new_dynamic_par_file, "main_tree13.par");
+    EXPECT_STREQ(wexd_get_new_dynamic_parfile_name(), "main_tree14.par");
+    EXPECT_STREQ(wexd_get_current_dynamic_parfile_name(), "main_tree13.par");
+    EXPECT_EQ(wexd_update_current_dynamic_parfile_name(), current_dynamic_par_file);
+    EXPECT_STREQ(current_dynamic_par_file, "main_tree14.par");
+}
+
+TEST(DefaultTree, CompressesAndRestoresThroughGzip)
+{
+    const std::string log = sandbox_path("/store/gzip.log");
+    fs::remove(log);
+    write_sandbox_file("/bin/gzip", "#!/bin/sh\necho \"$*\" >> " + log + "\nexec /bin/gzip \"$@\"\n", 0755);
+    fs::remove_all(sandbox_path("/tarn/etc/par/default"));
+    const std::string tree = sandbox_path("/tarn/etc/par/default/main_tree.par");
+
+    EXPECT_EQ(wex_default_parse_tree_zip(), -1);
+    EXPECT_EQ(wex_default_parse_tree_unzip(), -1);
+    write_sandbox_file("/tarn/etc/par/default/main_tree.par", "tree bytes", 0600);
+    EXPECT_EQ(wex_default_parse_tree_unzip(), 0);
+    EXPECT_EQ(wex_default_parse_tree_zip(), 0);
+    EXPECT_FALSE(fs::exists(tree));
+    EXPECT_EQ(wex_default_parse_tree_unzip(), 0);
+    EXPECT_EQ(content(tree), "tree bytes");
+    struct stat st;
+    ASSERT_EQ(stat(tree.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0666u);
+    EXPECT_EQ(content(log), "-df " + tree + ".gz\n-f " + tree + "\n-df " + tree + ".gz\n");
+}
+
+} // namespace
