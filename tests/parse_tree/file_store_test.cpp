@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <random>
 #include <sstream>
 #include <string>
@@ -137,8 +138,9 @@ TEST(FileHa, RefusesWhatItCannotNameWhole)
 }
 
 // The writer's loop: each file holds kLines copies of its version and a last
-// line "end", written in pieces, then committed.
-[[noreturn]] void write_forever(const std::string &dir)
+// line "end", written in pieces, then committed. After its first commit it
+// says so on ready, so that the kill lands in the loop, not in start-up.
+[[noreturn]] void write_forever(const std::string &dir, int ready)
 {
     constexpr int kLines = 200;
     file_ha_init(dir.c_str(), kNames, 3);
@@ -153,6 +155,10 @@ TEST(FileHa, RefusesWhatItCannotNameWhole)
         std::fputs("end\n", file);
         std::fclose(file);
         file_ha_commit(name);
+        if (ready >= 0 && write(ready, "r", 1) == 1) {
+            close(ready);
+            ready = -1;
+        }
     }
 }
 
@@ -180,11 +186,18 @@ TEST(FileHa, AReaderNeverChoosesAFileCutShortByAKilledWriter)
     std::mt19937 random(7);
     int checked = 0;
     for (int kill_count = 0; kill_count < 300; ++kill_count) {
+        int ready[2];
+        ASSERT_EQ(pipe(ready), 0);
         const pid_t writer = fork();
         if (writer == 0)
-            write_forever(dir);
-        const auto stop_at =
-            std::chrono::steady_clock::now() + std::chrono::microseconds(2000 + random() % 8000);
+            write_forever(dir, ready[1]);
+        close(ready[1]);
+        pollfd started = {ready[0], POLLIN, 0};
+        char byte;
+        ASSERT_TRUE(poll(&started, 1, 30000) == 1 && read(ready[0], &byte, 1) == 1)
+            << "the writer did not start";
+        close(ready[0]);
+        const auto stop_at = std::chrono::steady_clock::now() + std::chrono::microseconds(random() % 4000);
         while (std::chrono::steady_clock::now() < stop_at) {
             const char *name = file_ha_current_readable_filename();
             if (!name)
