@@ -36,7 +36,7 @@
  * keep their exact size on every target. */
 typedef uint64_t wex_u64_a4 __attribute__((aligned(4)));
 
-/* The shell's status space: 0 for success, or a code of the 0x4054xxxx family. */
+/* The shell's status space: 0 for success, or a code whose high half is 0x4054. */
 #define WEX_STATUS_SUCCESS 0x00000000u
 #define WEX_STATUS_FAILURE 0x40540001u
 #define WEX_STATUS_FILE_MISSING 0x40540002u
