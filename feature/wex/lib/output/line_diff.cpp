@@ -123,6 +123,14 @@ LineTree parse(const char *text) noexcept
     return tree;
 }
 
+std::size_t sibling_count(const std::vector<Line> &lines, uint32_t first) noexcept
+{
+    std::size_t count = 0;
+    for (uint32_t i = first; i != kNone; i = lines[i].next)
+        ++count;
+    return count;
+}
+
 // Pairs the lines of two sibling lists.
 class Matcher
 {
@@ -131,9 +139,7 @@ class Matcher
 
     void match(uint32_t first_a, uint32_t first_b)
     {
-        std::size_t count_b = 0;
-        for (uint32_t j = first_b; j != kNone; j = b_[j].next)
-            ++count_b;
+        const std::size_t count_b = sibling_count(b_, first_b);
         if (count_b <= kScanLimit)
             match_by_scan(first_a, first_b);
         else
@@ -226,18 +232,10 @@ class Comparison
     void diff(std::string &out) { diff_lists(a_.first_top, b_.first_top, out); }
 
   private:
-    static std::size_t count(const std::vector<Line> &lines, uint32_t first) noexcept
-    {
-        std::size_t n = 0;
-        for (uint32_t i = first; i != kNone; i = lines[i].next)
-            ++n;
-        return n;
-    }
-
     bool same_lists(uint32_t first_a, uint32_t first_b)
     {
         // Matching is one to one, so lists of different lengths leave a line over.
-        if (count(a_.lines, first_a) != count(b_.lines, first_b))
+        if (sibling_count(a_.lines, first_a) != sibling_count(b_.lines, first_b))
             return false;
         matcher_.match(first_a, first_b);
         for (uint32_t i = first_a; i != kNone; i = a_.lines[i].next) {
