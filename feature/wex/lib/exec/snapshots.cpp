@@ -1,5 +1,6 @@
 // Configuration snapshots: the shell's "show running-config" or
 // "show startup-config", usually into a file.
+#include "common/format.h"
 #include "exec/exec_common.h"
 
 #include <wex/exec.h>
@@ -16,11 +17,6 @@ using wex::exec::terminated;
 constexpr std::size_t kLineSize = 256;
 constexpr std::size_t kShellCommandSize = 128;
 constexpr char kRunningToFile[] = "show running-config > ";
-
-bool fits(int length, std::size_t capacity) noexcept
-{
-    return length >= 0 && static_cast<std::size_t>(length) < capacity;
-}
 
 // The redirection that ends a snapshot line: into out_file with standard
 // error joined to it, or one blank when the text goes to standard output.
@@ -47,10 +43,8 @@ bool format_rollback_line(char (&line)[kLineSize], const wex_cfg_gen_params_t &p
                           const char *command) noexcept
 {
     const Redirection r = redirection_of(params);
-    const int length =
-        std::snprintf(line, sizeof line, "%s/wex -q %d -o %d -c \"%s\"%s%s%s", wex::exec::shell_dir,
-                      params.q_val, params.o_val, command, r.open, r.target, r.close);
-    return fits(length, sizeof line);
+    return wex::format_whole(line, sizeof line, "%s/wex -q %d -o %d -c \"%s\"%s%s%s", wex::exec::shell_dir,
+                             params.q_val, params.o_val, command, r.open, r.target, r.close);
 }
 
 int run_snapshot(const char *line, uint32_t debug) noexcept
@@ -101,9 +95,8 @@ WEX_API int wex_generate_running_cfg2(wex_cfg_gen_params_t *params) noexcept
         return 0;
     const Redirection r = redirection_of(*params);
     char line[kLineSize];
-    const int length = std::snprintf(line, sizeof line, "%s/wex -o %d -c \"show running-config\"%s%s%s",
-                                     wex::exec::shell_dir, params->o_val, r.open, r.target, r.close);
-    if (fits(length, sizeof line))
+    if (wex::format_whole(line, sizeof line, "%s/wex -o %d -c \"show running-config\"%s%s%s",
+                          wex::exec::shell_dir, params->o_val, r.open, r.target, r.close))
         run_snapshot(line, params->debug);
     return 0;
 }

@@ -1,5 +1,6 @@
 // Numbered names of the main tree's files, "main_tree<n>.par", the number
 // found again in the directory at start.
+#include "common/format.h"
 #include "file_store.h"
 
 #include <wex/parse_tree.h>
@@ -52,8 +53,7 @@ void name_file(char (&field)[WEX_FILE_NAME_SIZE], uint32_t number) noexcept
 void remove_tree_file(const char *directory, uint32_t number) noexcept
 {
     char path[256];
-    const int length = std::snprintf(path, sizeof path, "%s/main_tree%u.par", directory, number);
-    if (directory && length >= 0 && static_cast<std::size_t>(length) < sizeof path)
+    if (directory && wex::format_whole(path, sizeof path, "%s/main_tree%u.par", directory, number))
         unlink(path);
 }
 

@@ -2,6 +2,7 @@
 // A file counts as complete only while its marker "<name>_done" exists; the
 // writer removes the marker before rewriting a file and creates it after, so
 // a reader never chooses a file in the middle of being written.
+#include "common/format.h"
 #include "file_store.h"
 
 #include <wex/parse_tree.h>
@@ -32,9 +33,8 @@ bool marker_path(const char *name, std::size_t name_capacity, char (&path)[kMark
 {
     if (!wex::tree::store_directory || !name || strnlen(name, name_capacity) == name_capacity)
         return false;
-    const int length = std::snprintf(path, sizeof path, "%s/%.*s_done", wex::tree::store_directory,
-                                     static_cast<int>(name_capacity), name);
-    return length >= 0 && static_cast<std::size_t>(length) < sizeof path;
+    return wex::format_whole(path, sizeof path, "%s/%.*s_done", wex::tree::store_directory,
+                             static_cast<int>(name_capacity), name);
 }
 
 // The commit number a marker holds; -1 when it cannot be read.
