@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <random>
@@ -202,11 +203,20 @@ TEST(FileHa, AReaderNeverChoosesAFileCutShortByAKilledWriter)
             const char *name = file_ha_current_readable_filename();
             if (!name)
                 continue;
-            const std::string marker = content(dir + "/" + name + "_done");
+            // Only a read that the marker vouched for throughout counts: the
+            // writer may take the name again while it is being read. Holding
+            // the marker open keeps its inode from being reused, so a marker
+            // removed and made anew is always seen, even with the same number.
+            const std::string marker = dir + "/" + name + "_done";
+            const int held = open(marker.c_str(), O_RDONLY);
+            if (held < 0)
+                continue;
             const std::string text = content(dir + "/" + name);
-            // Only a read that the marker still vouches for counts: the writer
-            // may have taken the name again while it was being read.
-            if (marker == "<absent>" || content(dir + "/" + name + "_done") != marker)
+            struct stat before, after;
+            const bool vouched = fstat(held, &before) == 0 && stat(marker.c_str(), &after) == 0 &&
+                                 before.st_ino == after.st_ino && before.st_dev == after.st_dev;
+            close(held);
+            if (!vouched)
                 continue;
             EXPECT_TRUE(complete(text)) << name << " after " << kill_count << " kills";
             ++checked;
