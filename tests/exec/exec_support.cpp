@@ -3,8 +3,6 @@
 
 #include <cstdlib>
 #include <dlfcn.h>
-#include <fstream>
-#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -59,16 +57,6 @@ std::vector<std::string> &interpreter_lines()
 {
     static std::vector<std::string> lines;
     return lines;
-}
-
-std::string file_content(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        return "<absent>";
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
 }
 
 bool file_exists(const std::string &path)

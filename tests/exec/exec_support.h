@@ -30,9 +30,6 @@ class StubShell
 // The lines system() was given in this process, oldest first.
 std::vector<std::string> &interpreter_lines();
 
-// The whole content of a file, or "<absent>" when it cannot be read.
-std::string file_content(const std::string &path);
-
 bool file_exists(const std::string &path);
 
 // The sandbox path of the main shell binary.

@@ -16,7 +16,6 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 using namespace wex_test;
@@ -33,14 +32,6 @@ std::string fresh_folder(const std::string &name)
     fs::remove_all(path);
     fs::create_directories(path);
     return path;
-}
-
-std::string content(const std::string &path)
-{
-    std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return file ? text.str() : "<absent>";
 }
 
 void set_mtime(const std::string &path, time_t seconds)
@@ -65,10 +56,10 @@ TEST(FileHa, RotatesAndReadsTheNewestCompleteFile)
     EXPECT_EQ(file_ha_current_readable_filename(), nullptr);
     EXPECT_STREQ(file_ha_current_writable_filename(), "a");
     ASSERT_EQ(file_ha_commit("a"), 0);
-    const int first = std::stoi(content(dir + "/a_done"));
+    const int first = std::stoi(file_content(dir + "/a_done"));
     EXPECT_STREQ(file_ha_current_writable_filename(), "b");
     ASSERT_EQ(file_ha_commit("b"), 0);
-    EXPECT_EQ(content(dir + "/b_done"), std::to_string(first + 1));
+    EXPECT_EQ(file_content(dir + "/b_done"), std::to_string(first + 1));
     set_mtime(dir + "/a_done", 1000);
     set_mtime(dir + "/b_done", 1001);
     EXPECT_STREQ(file_ha_current_readable_filename(), "b");
@@ -133,7 +124,7 @@ TEST(FileHa, RefusesWhatItCannotNameWhole)
     file_ha_init(dir.c_str(), kNames, 3);
     ASSERT_EQ(file_ha_commit("b"), 0);
     ASSERT_EQ(file_ha_commit("c"), 0);
-    EXPECT_EQ(std::stoi(content(dir + "/c_done")), std::stoi(content(dir + "/b_done")) + 1);
+    EXPECT_EQ(std::stoi(file_content(dir + "/c_done")), std::stoi(file_content(dir + "/b_done")) + 1);
     file_ha_init(nullptr, kNames, 3);
     EXPECT_EQ(file_ha_commit("a"), -1);
 }
@@ -211,7 +202,7 @@ TEST(FileHa, AReaderNeverChoosesAFileCutShortByAKilledWriter)
             const int held = open(marker.c_str(), O_RDONLY);
             if (held < 0)
                 continue;
-            const std::string text = content(dir + "/" + name);
+            const std::string text = file_content(dir + "/" + name);
             struct stat before, after;
             const bool vouched = fstat(held, &before) == 0 && stat(marker.c_str(), &after) == 0 &&
                                  before.st_ino == after.st_ino && before.st_dev == after.st_dev;
@@ -266,11 +257,11 @@ TEST(DefaultTree, CompressesAndRestoresThroughGzip)
     EXPECT_EQ(wex_default_parse_tree_zip(), 0);
     EXPECT_FALSE(fs::exists(tree));
     EXPECT_EQ(wex_default_parse_tree_unzip(), 0);
-    EXPECT_EQ(content(tree), "tree bytes");
+    EXPECT_EQ(file_content(tree), "tree bytes");
     struct stat st;
     ASSERT_EQ(stat(tree.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0666u);
-    EXPECT_EQ(content(log), "-df " + tree + ".gz\n-f " + tree + "\n-df " + tree + ".gz\n");
+    EXPECT_EQ(file_content(log), "-df " + tree + ".gz\n-f " + tree + "\n-df " + tree + ".gz\n");
 }
 
 } // namespace

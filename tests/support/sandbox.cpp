@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <sys/stat.h>
 
@@ -22,6 +23,16 @@ void write_sandbox_file(std::string_view absolute, std::string_view content, uns
     file.close();
     if (!file || chmod(path.c_str(), mode) != 0)
         throw std::runtime_error("cannot write sandbox file " + path.string());
+}
+
+std::string file_content(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        return "<absent>";
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
 }
 
 } // namespace wex_test

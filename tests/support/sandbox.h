@@ -15,6 +15,9 @@ std::string sandbox_path(std::string_view absolute);
 // Writes a file at a switch path inside the sandbox, creating its folders.
 void write_sandbox_file(std::string_view absolute, std::string_view content, unsigned mode = 0644);
 
+// The whole content of a file, or "<absent>" when it cannot be read.
+std::string file_content(const std::string &path);
+
 } // namespace wex_test
 
 #endif
