@@ -1,0 +1,150 @@
+#include "ipcq_wire.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+
+namespace ipcq_wire
+{
+namespace
+{
+
+std::string runtime_dir()
+{
+    if (const char *dir = std::getenv("IPCQ_RUNTIME_DIR"); dir && *dir)
+        return dir;
+    return "/tmp/ipcq-" + std::to_string(getuid());
+}
+
+// Polls fd for events; the same contract as wait_readable.
+int wait_for(int fd, short events, const Deadline &deadline, bool interruptible)
+{
+    for (;;) {
+        pollfd entry{fd, events, 0};
+        const int ready = poll(&entry, 1, deadline.remaining_ms());
+        if (ready > 0)
+            return 1;
+        if (ready == 0)
+            return 0;
+        if (errno != EINTR || interruptible)
+            return -1;
+    }
+}
+
+bool write_all(int fd, const std::byte *bytes, std::size_t size, const Deadline &deadline)
+{
+    while (size > 0) {
+        const ssize_t sent = send(fd, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent > 0) {
+            bytes += sent;
+            size -= static_cast<std::size_t>(sent);
+            continue;
+        }
+        if (sent < 0 && errno != EAGAIN && errno != EINTR)
+            return false;
+        const int ready = wait_for(fd, POLLOUT, deadline, false);
+        if (ready <= 0) {
+            if (ready == 0)
+                errno = ETIME;
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+int Deadline::remaining_ms() const
+{
+    using namespace std::chrono;
+    const auto left = duration_cast<milliseconds>(end_ - steady_clock::now()).count();
+    return left > 0 ? static_cast<int>(left) : 0;
+}
+
+std::string queue_path(uint32_t address, uint32_t queue)
+{
+    char name[32];
+    std::snprintf(name, sizeof name, "/%08x.%u", address, queue);
+    std::string path = runtime_dir() + name;
+    if (path.size() >= sizeof(sockaddr_un{}.sun_path)) {
+        errno = ENAMETOOLONG;
+        return {};
+    }
+    return path;
+}
+
+bool ensure_runtime_dir()
+{
+    return mkdir(runtime_dir().c_str(), 0700) == 0 || errno == EEXIST;
+}
+
+int connect_queue(uint32_t address, uint32_t queue, const Deadline &deadline)
+{
+    const std::string path = queue_path(address, queue);
+    if (path.empty())
+        return -1;
+    sockaddr_un target{};
+    target.sun_family = AF_UNIX;
+    std::memcpy(target.sun_path, path.c_str(), path.size() + 1);
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0)
+        return -1;
+    // A full backlog answers EAGAIN at once; try again until the deadline
+    // instead of failing a receiver that is merely busy.
+    while (connect(fd, reinterpret_cast<const sockaddr *>(&target), sizeof target) != 0) {
+        const int error = errno;
+        if ((error != EAGAIN && error != EINTR) || deadline.remaining_ms() == 0) {
+            close(fd);
+            errno = error == EAGAIN ? ETIME : error;
+            return -1;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return fd;
+}
+
+bool write_frame(int fd, const FrameHeader &header, const void *payload, const Deadline &deadline)
+{
+    return write_all(fd, reinterpret_cast<const std::byte *>(&header), sizeof header, deadline) &&
+           write_all(fd, static_cast<const std::byte *>(payload), header.length, deadline);
+}
+
+bool read_exact(int fd, void *buffer, std::size_t size, const Deadline &deadline)
+{
+    auto *bytes = static_cast<std::byte *>(buffer);
+    while (size > 0) {
+        const ssize_t got = recv(fd, bytes, size, MSG_DONTWAIT);
+        if (got > 0) {
+            bytes += got;
+            size -= static_cast<std::size_t>(got);
+            continue;
+        }
+        if (got == 0) {
+            errno = ECONNRESET;
+            return false;
+        }
+        if (errno != EAGAIN && errno != EINTR)
+            return false;
+        const int ready = wait_for(fd, POLLIN, deadline, false);
+        if (ready <= 0) {
+            if (ready == 0)
+                errno = ETIME;
+            return false;
+        }
+    }
+    return true;
+}
+
+int wait_readable(int fd, const Deadline &deadline, bool interruptible)
+{
+    return wait_for(fd, POLLIN, deadline, interruptible);
+}
+
+} // namespace ipcq_wire
