@@ -6,5 +6,6 @@
 #include <wex/parse_tree.h>
 #include <wex/exec.h>
 #include <wex/output.h>
+#include <wex/wexd_client.h>
 
 #endif /* WEX_WEX_H */
