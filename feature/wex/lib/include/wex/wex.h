@@ -6,6 +6,8 @@
 #include <wex/parse_tree.h>
 #include <wex/exec.h>
 #include <wex/output.h>
+#include <wex/param.h>
+#include <wex/diag.h>
 #include <wex/wexd_client.h>
 
 #endif /* WEX_WEX_H */
