@@ -3,14 +3,17 @@
 #include <wex/param.h>
 
 #include <bit>
-#include <cstdio>
+#include <charconv>
+#include <cstring>
 
 namespace
 {
 
 constexpr int kWords = WEX_VSAN_MASK_BYTES / 4;
-// The longest collapsed text: every id on its own as "dddd,".
-constexpr std::size_t kMaxListText = (WEX_VSAN_MAX_ID + 1) * 5 + 1;
+// A run costs at most 5 characters per id (",dddd" or ",dddd-dddd"), so
+// every list fits; the longest single piece is kept free as a margin.
+constexpr std::size_t kMaxPiece = sizeof(",4094-4095");
+constexpr std::size_t kMaxListText = (WEX_VSAN_MAX_ID + 1) * 5 + kMaxPiece;
 
 // The bits of ids 32w to 32w + 31, id 32w in the top bit.
 uint32_t mask_word(const vsan_mask *mask, int w) noexcept
@@ -60,13 +63,22 @@ class RunList
     {
         if (!has_run_)
             return;
-        const char *comma = length_ > 0 ? "," : "";
-        const std::size_t room = sizeof text_ - length_;
-        const int written = start_ == last_
-                                ? std::snprintf(text_ + length_, room, "%s%d", comma, start_)
-                                : std::snprintf(text_ + length_, room, "%s%d-%d", comma, start_, last_);
-        length_ += static_cast<std::size_t>(written);
         has_run_ = false;
+        char piece[kMaxPiece];
+        char *end = piece;
+        if (length_ > 0)
+            *end++ = ',';
+        end = std::to_chars(end, piece + sizeof piece, start_).ptr;
+        if (last_ != start_) {
+            *end++ = '-';
+            end = std::to_chars(end, piece + sizeof piece, last_).ptr;
+        }
+        const auto size = static_cast<std::size_t>(end - piece);
+        if (size >= sizeof text_ - length_)
+            return;
+        std::memcpy(text_ + length_, piece, size);
+        length_ += size;
+        text_[length_] = '\0';
     }
 
     char text_[kMaxListText] = "";
