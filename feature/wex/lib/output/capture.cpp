@@ -37,7 +37,7 @@ bool grow_by(std::size_t added)
     return true;
 }
 
-int32_t append_formatted(const char *format, va_list args)
+__attribute__((format(printf, 1, 0))) int32_t append_formatted(const char *format, va_list args)
 {
     char working[kWorkingBufferSize];
     va_list again;
