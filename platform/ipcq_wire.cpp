@@ -38,18 +38,26 @@ int wait_for(int fd, short events, const Deadline &deadline, bool interruptible)
     }
 }
 
-bool write_all(int fd, const std::byte *bytes, std::size_t size, const Deadline &deadline)
+// Moves size bytes with io (a non-blocking send or recv), waiting for the
+// descriptor between tries. A peer that closes first is ECONNRESET, a
+// deadline that passes is ETIME.
+template <typename Io>
+bool transfer(int fd, std::byte *bytes, std::size_t size, short events, const Deadline &deadline, Io io)
 {
     while (size > 0) {
-        const ssize_t sent = send(fd, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent > 0) {
-            bytes += sent;
-            size -= static_cast<std::size_t>(sent);
+        const ssize_t moved = io(bytes, size);
+        if (moved > 0) {
+            bytes += moved;
+            size -= static_cast<std::size_t>(moved);
             continue;
         }
-        if (sent < 0 && errno != EAGAIN && errno != EINTR)
+        if (moved == 0) {
+            errno = ECONNRESET;
             return false;
-        const int ready = wait_for(fd, POLLOUT, deadline, false);
+        }
+        if (errno != EAGAIN && errno != EINTR)
+            return false;
+        const int ready = wait_for(fd, events, deadline, false);
         if (ready <= 0) {
             if (ready == 0)
                 errno = ETIME;
@@ -57,6 +65,13 @@ bool write_all(int fd, const std::byte *bytes, std::size_t size, const Deadline 
         }
     }
     return true;
+}
+
+bool write_all(int fd, const std::byte *bytes, std::size_t size, const Deadline &deadline)
+{
+    return transfer(
+        fd, const_cast<std::byte *>(bytes), size, POLLOUT, deadline,
+        [fd](std::byte *at, std::size_t n) { return send(fd, at, n, MSG_NOSIGNAL | MSG_DONTWAIT); });
 }
 
 } // namespace
@@ -118,28 +133,8 @@ bool write_frame(int fd, const FrameHeader &header, const void *payload, const D
 
 bool read_exact(int fd, void *buffer, std::size_t size, const Deadline &deadline)
 {
-    auto *bytes = static_cast<std::byte *>(buffer);
-    while (size > 0) {
-        const ssize_t got = recv(fd, bytes, size, MSG_DONTWAIT);
-        if (got > 0) {
-            bytes += got;
-            size -= static_cast<std::size_t>(got);
-            continue;
-        }
-        if (got == 0) {
-            errno = ECONNRESET;
-            return false;
-        }
-        if (errno != EAGAIN && errno != EINTR)
-            return false;
-        const int ready = wait_for(fd, POLLIN, deadline, false);
-        if (ready <= 0) {
-            if (ready == 0)
-                errno = ETIME;
-            return false;
-        }
-    }
-    return true;
+    return transfer(fd, static_cast<std::byte *>(buffer), size, POLLIN, deadline,
+                    [fd](std::byte *at, std::size_t n) { return recv(fd, at, n, MSG_DONTWAIT); });
 }
 
 int wait_readable(int fd, const Deadline &deadline, bool interruptible)

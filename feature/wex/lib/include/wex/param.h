@@ -302,7 +302,7 @@ WEX_API char *print_type_net_to_str(const type_net *net) WEX_NOEXCEPT;
 WEX_API void print_type_net(const type_net *net) WEX_NOEXCEPT;
 WEX_API char *print_type_lid_to_str(const type_lid *lid) WEX_NOEXCEPT;
 WEX_API void print_type_lid(const type_lid *lid) WEX_NOEXCEPT;
-/* "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}" */
+/* The GUID in braces: data1, data2, data3 and data4 in hexadecimal groups of 8-4-4-4-12 digits. */
 WEX_API void print_guid(const guid *value) WEX_NOEXCEPT;
 /* "0xlow - 0xhigh" and a newline. */
 WEX_API void print_hex_range(const integer_range *range) WEX_NOEXCEPT;
