@@ -85,11 +85,6 @@ int synchronous_request(int q, uint32_t opcode, std::span<std::byte> out, std::s
     return 0;
 }
 
-int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply)
-{
-    return request_response(q, call, request, len, reply, "", "");
-}
-
 int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply,
                      const char *text1, const char *text2)
 {

@@ -89,15 +89,12 @@ int send_and_drop(int q, uint32_t dest_queue, uint32_t opcode, std::span<const s
 // then no further transport call is made).
 int synchronous_request(int q, uint32_t opcode, std::span<std::byte> out, std::size_t *reply_size);
 
-// A request/response call with two empty texts. request may be empty;
-// *len goes in as the request's length and comes back as the reply's; the
-// reply, when reply is not null, is the caller's to free. Returns the
-// bcp_req_resp result.
-int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply);
-
-// The same with the caller's two texts.
+// A request/response call; the two texts are empty unless the caller
+// supplies its own. request may be empty; *len goes in as the request's
+// length and comes back as the reply's; the reply, when reply is not null,
+// is the caller's to free. Returns the bcp_req_resp result.
 int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply,
-                     const char *text1, const char *text2);
+                     const char *text1 = "", const char *text2 = "");
 
 // The result of a write: -1 becomes WEX_ERRNO_STATUS of errno.
 int32_t write_status(int result);
