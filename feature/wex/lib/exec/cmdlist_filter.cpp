@@ -3,6 +3,7 @@
 // a context serialises on an exclusive lock of the list while it reads and
 // extends it.
 #include "exec/cmdlist_filter.h"
+#include "common/context.h"
 #include "common/paths.h"
 #include "exec/exec_common.h"
 
@@ -12,7 +13,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <limits>
 #include <memory>
 #include <sys/file.h>
 #include <unistd.h>
@@ -89,19 +89,6 @@ class Words
   private:
     std::string_view rest_;
 };
-
-// The context's number: the low 16 bits of WARDEN_KEL_ID read as the
-// switch's 32-bit strtol reads it, 1 when the variable is not set.
-unsigned context_number() noexcept
-{
-    const char *value = std::getenv("WARDEN_KEL_ID");
-    if (!value)
-        return 1;
-    long long number = std::strtoll(value, nullptr, 10);
-    number = std::min<long long>(std::max<long long>(number, std::numeric_limits<int32_t>::min()),
-                                 std::numeric_limits<int32_t>::max());
-    return static_cast<uint16_t>(number);
-}
 
 Stream open_stream(const char *name, const char *mode) noexcept
 {

@@ -12,13 +12,6 @@
 namespace wex::tree
 {
 
-void print_text_field(const char *label, const char *field, std::size_t width) noexcept
-{
-    const std::size_t len = strnlen(field, width);
-    if (len > 0)
-        std::printf("%s:%.*s ", label, static_cast<int>(len), field);
-}
-
 void print_reversed_bytes(const char *label, const uint8_t *bytes, std::size_t count) noexcept
 {
     std::fputs(label, stdout);

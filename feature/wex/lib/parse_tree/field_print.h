@@ -9,9 +9,6 @@
 namespace wex::tree
 {
 
-// print_str of a character field of the given width, read no further.
-void print_text_field(const char *label, const char *field, std::size_t width) noexcept;
-
 // Prints label, then each byte bit-reversed as two hexadecimal digits.
 void print_reversed_bytes(const char *label, const uint8_t *bytes, std::size_t count) noexcept;
 

@@ -1,4 +1,5 @@
 #include "field_print.h"
+#include "common/text_field.h"
 #include "node_access.h"
 #include "walk_limits.h"
 
@@ -109,7 +110,7 @@ struct NodeText {
 
 void print_text(const uint8_t *node, const NodeText &f) noexcept
 {
-    print_text_field(f.label, reinterpret_cast<const char *>(node + f.offset), f.width);
+    wex::print_text_field(f.label, reinterpret_cast<const char *>(node + f.offset), f.width);
 }
 
 void print_node_fields(const uint8_t *node) noexcept
@@ -168,7 +169,7 @@ WEX_API void display_param(const param_descriptor *p) noexcept
     std::fputs("<Parameter ", stdout);
     if (const TypeShow *t = find_type_show(p->type))
         print_type(*t, *p);
-    print_text_field(" help", p->help, sizeof p->help);
+    wex::print_text_field(" help", p->help, sizeof p->help);
     std::printf("{%d}>", static_cast<int32_t>(type_family(p->type)));
 }
 

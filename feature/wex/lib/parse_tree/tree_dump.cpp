@@ -1,4 +1,5 @@
 #include "field_print.h"
+#include "common/text_field.h"
 #include "walk_limits.h"
 
 #include <wex/parse_tree.h>
@@ -59,7 +60,7 @@ WEX_API void displayPath(const subtree_path *p) noexcept
     if (!p)
         return;
     print_int("Path type", static_cast<int32_t>(p->type));
-    wex::tree::print_text_field("Location", p->location, sizeof p->location);
+    wex::print_text_field("Location", p->location, sizeof p->location);
     std::putchar('\n');
 }
 
@@ -67,8 +68,8 @@ WEX_API void show_tree_table_entry(const tree_table_entry *e) noexcept
 {
     if (!e)
         return;
-    wex::tree::print_text_field(" module_id", e->module_id, sizeof e->module_id);
-    wex::tree::print_text_field(" par file name", e->par_file_name, sizeof e->par_file_name);
+    wex::print_text_field(" module_id", e->module_id, sizeof e->module_id);
+    wex::print_text_field(" par file name", e->par_file_name, sizeof e->par_file_name);
     std::putchar('\n');
 }
 
