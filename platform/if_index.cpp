@@ -27,6 +27,7 @@ constexpr InterfaceType kTypes[] = {
     {5, "iscsi", true, "", 1, 64},
     {6, "vsan", false, "", 1, 4094},
     {7, "sup-fc", false, "", 0, 3},
+    {8, "fcoe", true, "", 1, 64},
     {10, "fv", true, "", 1, 64},
     {11, "san-port-channel", false, " ", 1, 4096},
     {12, "ext", true, "", 1, 64},

@@ -13,6 +13,7 @@
  *   5     iscsi           "iscsi2/1"         1-16    1-64
  *   6     vsan            "vsan10"           0       1-4094
  *   7     sup-fc          "sup-fc0"          0       0-3
+ *   8     fcoe            "fcoe1/2"          1-16    1-64
  *   10    fv              "fv4/2"            1-16    1-64
  *   11    san-port-channel "san-port-channel 9" 0    1-4096
  *   12    ext             "ext1/1"           1-16    1-64

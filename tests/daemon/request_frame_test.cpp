@@ -1,4 +1,5 @@
 // The frame of every daemon request, observed through the recording transport.
+#include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
 #include "wex_process_api.h"
 
@@ -15,24 +16,13 @@ using wex_fake::Bytes;
 using wex_fake::fails;
 using wex_fake::replies;
 using wex_fake::transport;
+using wex_test::words_then_zeros;
 namespace daemon_api = wex::daemon;
 
 namespace
 {
 
 using Names = std::vector<std::string>;
-
-// Little-endian words followed by zeros up to size bytes.
-Bytes words_then_zeros(std::initializer_list<uint32_t> words, std::size_t size)
-{
-    Bytes bytes(size, 0);
-    std::size_t at = 0;
-    for (uint32_t word : words) {
-        for (int i = 0; i < 4; ++i)
-            bytes[at++] = static_cast<uint8_t>(word >> (8 * i));
-    }
-    return bytes;
-}
 
 class RequestFrameTest : public ::testing::Test
 {

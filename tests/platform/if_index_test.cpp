@@ -47,6 +47,7 @@ TEST(IfIndex, NamesTypesAndUnresolvableIndexes)
         {IF_INDEX_MAKE(2, 0, 5), "port-channel 5", 2},
         {IF_INDEX_MAKE(3, 0, 0), "mgmt0", 3},
         {IF_INDEX_MAKE(6, 0, 4094), "vsan4094", 6},
+        {IF_INDEX_MAKE(8, 1, 2), "fcoe1/2", 8},
         {IF_INDEX_MAKE(22, 0, 20), "vfc20", 22},
         {IF_INDEX_MAKE(11, 0, 9), "san-port-channel 9", 11},
     };

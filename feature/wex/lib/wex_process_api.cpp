@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 WEX_ASSERT_SIZE(ipcq_send_options_t, 68);
@@ -118,6 +119,18 @@ void build_raw_header(std::span<std::byte, kRawHeaderSize> header, uint32_t msg_
 }
 
 } // namespace wex::daemon
+
+extern "C" WEX_API int32_t omx_pa_state_query(int32_t q) noexcept
+{
+    const int result = wex::daemon::send_one_way(q, WEX_NOTIFY_QUEUE, WEX_OPC_PA_STATE_QUERY, {},
+                                                 wex::daemon::SendOptions::none);
+    // The message names the operation and its place in the source the way
+    // the switch's logs always have, so that existing log filters match it.
+    if (result != 0)
+        std::printf("%s:%d:%s: ipcq send notify error %s \n", "omx_pa_state_query", 398,
+                    "feature/wex/lib/wex_process_api", std::strerror(ipcq_errno_get(q)));
+    return result;
+}
 
 extern "C" WEX_API ipcq_send_options *populate_ipcq_send_options(ipcq_send_options *options) noexcept
 {

@@ -337,6 +337,49 @@ WEX_API extern int32_t wex_submode_cmd_history;
 WEX_API void wex_submode_cmd_history_init(int value) WEX_NOEXCEPT;
 WEX_API int wex_get_submode_cmd_history(void) WEX_NOEXCEPT;
 
+/* ---- Interface help --------------------------------------------------- */
+
+/* Help of a registered interface type: a text and up to five named numeric
+ * fields with their ranges. Texts longer than a 64-byte field are cut to 63
+ * characters and terminated. */
+#define WEX_INTF_HELP_MAX_FIELDS 5
+#define WEX_INTF_HELP_TEXT_SIZE 64
+
+typedef struct intf_field_help_info {
+    char name[WEX_INTF_HELP_TEXT_SIZE];
+    int32_t min;
+    int32_t max;
+} intf_field_help_info;
+
+typedef struct intf_help_info {
+    intf_field_help_info fields[WEX_INTF_HELP_MAX_FIELDS];
+    char help_str[WEX_INTF_HELP_TEXT_SIZE];
+    int32_t num_fields; /* entries in use, 0 to WEX_INTF_HELP_MAX_FIELDS */
+} intf_help_info;
+
+WEX_ASSERT_SIZE(intf_field_help_info, 72);
+WEX_ASSERT_OFFSET(intf_field_help_info, min, 64);
+WEX_ASSERT_OFFSET(intf_field_help_info, max, 68);
+WEX_ASSERT_SIZE(intf_help_info, 428);
+WEX_ASSERT_OFFSET(intf_help_info, help_str, 360);
+WEX_ASSERT_OFFSET(intf_help_info, num_fields, 424);
+
+/* Clears the record and stores the help text (NULL: empty). 0; -1 for a
+ * NULL record. */
+WEX_API int32_t wex_intf_help_info_reset(intf_help_info *info, const char *help_str) WEX_NOEXCEPT;
+/* Appends a field (NULL name: empty). 0; -1, with the record unchanged,
+ * when all five fields are in use or the record is NULL. */
+WEX_API int32_t wex_intf_help_info_add(intf_help_info *info, const char *name, int32_t min,
+                                       int32_t max) WEX_NOEXCEPT;
+/* Copies src into dst (note the order); a NULL src resets dst. 0; -1 for a
+ * NULL dst. */
+WEX_API int32_t wex_intf_help_info_copy(const intf_help_info *src, intf_help_info *dst) WEX_NOEXCEPT;
+/* Prints the heading, the help text and one line per field on standard
+ * output. 0; -1 for NULL. */
+WEX_API int32_t wex_intf_help_info_show(const intf_help_info *info) WEX_NOEXCEPT;
+/* Prints "\t name <min-max>" without a newline. 0; -1 for NULL. */
+WEX_API int32_t wex_intf_field_help_info_show(const intf_field_help_info *field) WEX_NOEXCEPT;
+
 WEX_END_DECLS
 
 #endif /* WEX_PARAM_H */

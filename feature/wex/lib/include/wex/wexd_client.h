@@ -4,6 +4,8 @@
 #ifndef WEX_WEXD_CLIENT_H
 #define WEX_WEXD_CLIENT_H
 
+#include <wex/param.h>
+#include <wex/parse_tree.h>
 #include <wex/wex_api.h>
 
 /* Every message the library sends goes to this address. */
@@ -63,6 +65,161 @@
 #define WEX_STATUS_LOCALE_UNKNOWN 0x40540048
 #define WEX_STATUS_NO_EXCHANGE 51 /* a role or locale query could not be exchanged at all */
 
+/* ---- Interface table ---------------------------------------------------- */
+
+/* One interface type the grammar knows. The same 604 bytes in memory, in
+ * the registration message and in the table image. Texts longer than their
+ * fields are cut and terminated. */
+typedef struct intf_table_entry {
+    wex_u64_a4 mask; /* the interface type; low word first */
+    char name[36];
+    int32_t min_match_len;
+    int32_t format;
+    char verify_func_name[48];
+    char list_func_name[48];
+    char lib_name[24];
+    intf_help_info help_info;
+    uint16_t ascii_gen_priority;
+    uint8_t reserved[2];
+} intf_table_entry;
+
+#define WEX_INTF_TABLE_CAPACITY 24
+
+/* Entries 0 to last_index in use, without gaps; last_index -1 when empty. */
+typedef struct intf_table {
+    intf_table_entry entries[WEX_INTF_TABLE_CAPACITY];
+    int32_t last_index;
+} intf_table;
+
+WEX_ASSERT_SIZE(intf_table_entry, 604);
+WEX_ASSERT_OFFSET(intf_table_entry, name, 8);
+WEX_ASSERT_OFFSET(intf_table_entry, min_match_len, 44);
+WEX_ASSERT_OFFSET(intf_table_entry, format, 48);
+WEX_ASSERT_OFFSET(intf_table_entry, verify_func_name, 52);
+WEX_ASSERT_OFFSET(intf_table_entry, list_func_name, 100);
+WEX_ASSERT_OFFSET(intf_table_entry, lib_name, 148);
+WEX_ASSERT_OFFSET(intf_table_entry, help_info, 172);
+WEX_ASSERT_OFFSET(intf_table_entry, ascii_gen_priority, 600);
+WEX_ASSERT_SIZE(intf_table, 14500);
+WEX_ASSERT_OFFSET(intf_table, last_index, 14496);
+
+/* ---- Interface registration -------------------------------------------- */
+
+/* What a feature registers about an interface type; the texts stay the
+ * caller's. */
+typedef struct wex_intf_reg_info {
+    const char *name;
+    uint32_t min_match_len;
+    uint32_t format;
+    const char *verify_func_name;
+    const char *list_func_name;
+    const char *lib_name;
+    const intf_help_info *help_info; /* NULL: no help */
+    uint16_t ascii_gen_priority;     /* set by the caller itself */
+} wex_intf_reg_info;
+
+/* ---- Roles and permission groups ---------------------------------------- */
+
+#define WEXD_STATIC_PERM_GROUP_COUNT 4
+#define WEXD_ROLE_NAME_SIZE 32
+#define WEXD_ROLE_MAX_RULES 16
+
+/* Rule types and command types of a rule. */
+#define WEXD_RULE_PERMIT 1
+#define WEXD_RULE_DENY 2
+#define WEXD_CMD_CLEAR 1
+#define WEXD_CMD_CONFIG 2
+#define WEXD_CMD_DEBUG 3
+#define WEXD_CMD_SHOW 4
+#define WEXD_CMD_EXEC 5
+
+/* The query kind that asks wexd for every role, one reply per role. */
+#define WEXD_ROLE_QUERY_ALL 8195u
+/* The most role data one query for every role gathers. */
+#define WEXD_ROLE_GATHER_LIMIT (1024u * 1024u)
+/* The role value kind that is copied as 129 raw bytes. */
+#define WEXD_ROLE_RULE_VALUE_RAW 21u
+
+/* A built-in permission group. */
+typedef struct wexd_static_perm_group_entry {
+    char name[32];
+    char description[65];
+    char details[67];
+    uint32_t valid;
+} wexd_static_perm_group_entry;
+
+/* One numbered rule of a role. */
+typedef struct wexd_perm_group_conf_entry {
+    int32_t rule_type; /* WEXD_RULE_PERMIT or WEXD_RULE_DENY */
+    int32_t cmd_type;  /* WEXD_CMD_* */
+    char feature[32];
+    int32_t all_features; /* 1: every feature, the name is ignored */
+    int32_t absent;       /* non-zero: the numbered slot holds no rule */
+} wexd_perm_group_conf_entry;
+
+/* A configured role. */
+typedef struct wexd_perm_group_entry {
+    char description[68];
+    wexd_perm_group_conf_entry rules[WEXD_ROLE_MAX_RULES]; /* rules 1 to 16 */
+    char name[WEXD_ROLE_NAME_SIZE];
+    int32_t rule_count;
+    uint32_t valid; /* the slot holds a role */
+} wexd_perm_group_entry;
+
+/* The request record of role reads and verifications. */
+typedef struct wexd_perm_group_conf_cli_wrapper {
+    uint32_t query_kind;
+    uint32_t no_flag; /* 1: the request removes what it names */
+    char name[33];
+    char description[131];
+    vsan_mask first_mask;
+    uint8_t reserved1[200];
+    vsan_mask second_mask;
+    uint8_t reserved2[948];
+} wexd_perm_group_conf_cli_wrapper;
+
+/* A rule message: four words of the caller's, the last naming the kind of
+ * the value that follows. */
+typedef struct wexd_role_rule_entry_msg {
+    uint32_t words[3];
+    uint32_t kind;
+    uint8_t value[129]; /* 129 raw bytes for WEXD_ROLE_RULE_VALUE_RAW, else a text */
+    uint8_t reserved[3];
+} wexd_role_rule_entry_msg;
+
+/* A composite-group request. */
+typedef struct wexd_role_comp_group_conf_cli_wrapper {
+    uint8_t bytes[76];
+} wexd_role_comp_group_conf_cli_wrapper;
+
+WEX_ASSERT_SIZE(wexd_static_perm_group_entry, 168);
+WEX_ASSERT_OFFSET(wexd_static_perm_group_entry, description, 32);
+WEX_ASSERT_OFFSET(wexd_static_perm_group_entry, details, 97);
+WEX_ASSERT_OFFSET(wexd_static_perm_group_entry, valid, 164);
+WEX_ASSERT_SIZE(wexd_perm_group_conf_entry, 48);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_entry, feature, 8);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_entry, all_features, 40);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_entry, absent, 44);
+WEX_ASSERT_SIZE(wexd_perm_group_entry, 876);
+WEX_ASSERT_OFFSET(wexd_perm_group_entry, rules, 68);
+WEX_ASSERT_OFFSET(wexd_perm_group_entry, name, 836);
+WEX_ASSERT_OFFSET(wexd_perm_group_entry, rule_count, 868);
+WEX_ASSERT_OFFSET(wexd_perm_group_entry, valid, 872);
+WEX_ASSERT_SIZE(wexd_perm_group_conf_cli_wrapper, 2352);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_cli_wrapper, no_flag, 4);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_cli_wrapper, name, 8);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_cli_wrapper, description, 41);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_cli_wrapper, first_mask, 172);
+WEX_ASSERT_OFFSET(wexd_perm_group_conf_cli_wrapper, second_mask, 888);
+WEX_ASSERT_SIZE(wexd_role_rule_entry_msg, 148);
+WEX_ASSERT_OFFSET(wexd_role_rule_entry_msg, kind, 12);
+WEX_ASSERT_OFFSET(wexd_role_rule_entry_msg, value, 16);
+WEX_ASSERT_SIZE(wexd_role_comp_group_conf_cli_wrapper, 76);
+
+/* Room a rule's configuration line and a role's change text need. */
+#define WEXD_RULE_CLI_STR_SIZE 96
+#define WEXD_ROLE_CHANGE_STR_SIZE 256
+
 WEX_BEGIN_DECLS
 
 /* The transport's send-options record (68 bytes), defined by the platform. */
@@ -72,6 +229,168 @@ struct ipcq_send_options;
  * 28 onward as they are, and returns the record. For callers that send
  * messages of their own. */
 WEX_API struct ipcq_send_options *populate_ipcq_send_options(struct ipcq_send_options *options) WEX_NOEXCEPT;
+
+/* ---- Interface table ---------------------------------------------------- */
+
+/* Fills every field of e (NULL texts: empty; NULL help: an empty help
+ * block). 0; -1 for a NULL entry. */
+WEX_API int32_t set_interface_table_entry(intf_table_entry *e, uint64_t mask, const char *name,
+                                          int32_t min_match_len, int32_t format, const char *verify_func_name,
+                                          const char *list_func_name, const char *lib_name,
+                                          const intf_help_info *help_info,
+                                          uint16_t ascii_gen_priority) WEX_NOEXCEPT;
+/* Copies src into dst through set_interface_table_entry. */
+WEX_API int32_t copy_interface_table_entry(const intf_table_entry *src, intf_table_entry *dst) WEX_NOEXCEPT;
+/* Prints the mask line, the fields that are set and the help block on
+ * standard output, without a final newline; NULL prints nothing. */
+WEX_API void show_interface_table_entry(const intf_table_entry *e) WEX_NOEXCEPT;
+/* Prints count entries from first between the table's rules. */
+WEX_API void show_interface_table(const intf_table_entry *first, int32_t count) WEX_NOEXCEPT;
+/* The slot of the first entry with exactly this mask; -1 when none. */
+WEX_API int32_t search_entry_in_interface_table(const intf_table *t, uint64_t mask) WEX_NOEXCEPT;
+/* Appends a copy of e. 0; -1, with the table unchanged, when it is full. */
+WEX_API int32_t insert_entry_in_interface_table(intf_table *t, const intf_table_entry *e) WEX_NOEXCEPT;
+/* Removes the entry of the slot, closing the gap. 0; -1, with the table
+ * unchanged, for a slot not in use. */
+WEX_API int32_t delete_entry_from_interface_table(intf_table *t, int32_t slot) WEX_NOEXCEPT;
+/* Searches entries 0 to last_index from first. 0 with *slot set when found;
+ * WEX_STATUS_INTF_TYPE_UNKNOWN, *slot untouched, otherwise. */
+WEX_API int32_t wexd_interface_table_search(const intf_table_entry *first, int32_t last_index, uint64_t mask,
+                                            int32_t *slot) WEX_NOEXCEPT;
+/* Reads wexd's interface table: the number of entries, with *entries a
+ * malloc'd array of them (NULL for none) for the caller to free; -1, with
+ * *entries untouched, when wexd could not be reached, its reply is not a
+ * table, or memory runs out. */
+WEX_API int32_t wexd_interface_table_get(int32_t q, intf_table_entry **entries) WEX_NOEXCEPT;
+/* 1 when a user with this VSAN mask may configure the interface, else 0. */
+WEX_API int32_t wex_is_interface_config_allowed(void *unused, const vsan_mask *mask,
+                                                uint32_t if_index) WEX_NOEXCEPT;
+/* Always 1; the argument is not used. */
+WEX_API int32_t wex_intf_type_perm_check(void *unused) WEX_NOEXCEPT;
+/* Always 1; the argument is not used. */
+WEX_API int32_t wex_is_interface_display_allowed(void *unused) WEX_NOEXCEPT;
+/* Always 1. */
+WEX_API int32_t wex_fc_intf_perm_check(vsan_mask **mask) WEX_NOEXCEPT;
+/* Sends the port-adapter state query notification. The ipcq_send result. */
+WEX_API int32_t omx_pa_state_query(int32_t q) WEX_NOEXCEPT;
+
+/* ---- Registration -------------------------------------------------------- */
+
+/* Fills everything of info but the priority. 0; -1 for a NULL record. */
+WEX_API int32_t wex_set_intf_reg_info(wex_intf_reg_info *info, const char *name, uint32_t min_match_len,
+                                      uint32_t format, const char *verify_func_name,
+                                      const char *list_func_name, const char *lib_name,
+                                      const intf_help_info *help_info) WEX_NOEXCEPT;
+/* Registers an interface type with wexd. The ipcq_send result; -1 with
+ * nothing sent for a NULL record. */
+WEX_API int32_t wex_register_interface(int32_t q, uint64_t mask, const wex_intf_reg_info *info) WEX_NOEXCEPT;
+/* The same from the fields, with no help and priority 0; reserved is not
+ * used. */
+WEX_API int32_t wex_register_interface2(int32_t q, uint64_t mask, const char *name, uint32_t min_match_len,
+                                        uint32_t format, const char *verify_func_name,
+                                        const char *list_func_name, uint32_t reserved,
+                                        const char *lib_name) WEX_NOEXCEPT;
+/* Withdraws an interface type. The ipcq_send result. */
+WEX_API int32_t wex_deregister_interface(int32_t q, uint64_t mask) WEX_NOEXCEPT;
+/* Register and withdraw a parse tree or a command file with the parse-tree
+ * registration queue. 0, the queue's status, or WEX_ERRNO_STATUS of a
+ * failed exchange (a registration that timed out counts as done). */
+WEX_API int32_t wex_register_parse_tree(int32_t q, const char *module_id) WEX_NOEXCEPT;
+WEX_API int32_t wex_deregister_parse_tree(int32_t q, const char *module_id) WEX_NOEXCEPT;
+WEX_API int32_t wex_add_cmd_file(int32_t q, const char *cmd_file) WEX_NOEXCEPT;
+WEX_API int32_t wex_rem_cmd_file(int32_t q, const char *cmd_file) WEX_NOEXCEPT;
+/* The same parse-tree registrations, flagged for the standby supervisor and
+ * not awaited. The send result; 1 when memory runs out. */
+WEX_API int32_t wex_register_parse_tree_standby(int32_t q, const char *module_id) WEX_NOEXCEPT;
+WEX_API int32_t wex_deregister_parse_tree_standby(int32_t q, const char *module_id) WEX_NOEXCEPT;
+
+/* ---- Roles and permission groups ---------------------------------------- */
+
+/* The built-in permission groups and their number (4). */
+WEX_API extern const wexd_static_perm_group_entry wexd_static_perm_group_table[WEXD_STATIC_PERM_GROUP_COUNT];
+WEX_API extern const uint32_t wexd_static_perm_group_table_size;
+
+/* 1 when name is one of the five static role names (case-sensitive). */
+WEX_API int32_t wex_lib_is_static_role(const char *name) WEX_NOEXCEPT;
+/* 1-based position of the first valid group named name; -1 when none. */
+WEX_API int32_t wexd_static_perm_group_locate_entry_by_name(const wexd_static_perm_group_entry *table,
+                                                            int32_t count, const char *name) WEX_NOEXCEPT;
+/* 1-based position of the first valid role named name, ignoring case or
+ * not; -1 when none. */
+WEX_API int32_t wexd_perm_group_locate_entry_by_name(const wexd_perm_group_entry *table, int32_t count,
+                                                     const char *name) WEX_NOEXCEPT;
+WEX_API int32_t wexd_perm_group_locate_case_sensitive_entry_by_name(const wexd_perm_group_entry *table,
+                                                                    int32_t count,
+                                                                    const char *name) WEX_NOEXCEPT;
+/* The number of the first role after current (0: before the first) whose
+ * valid flag is 1; -1 when none. */
+WEX_API int32_t wexd_perm_group_next_role_num_get(const wexd_perm_group_entry *table, int32_t current,
+                                                  int32_t count) WEX_NOEXCEPT;
+/* The highest rule number whose slot holds a rule; 0 when none. */
+WEX_API int32_t wexd_perm_group_max_rule_id_get(const wexd_perm_group_entry *role) WEX_NOEXCEPT;
+/* Always -1. */
+WEX_API int32_t wexd_perm_group_next_rule_id_get(void) WEX_NOEXCEPT;
+/* Always NULL: the library holds no table of configured roles. */
+WEX_API wexd_perm_group_entry *wexd_perm_group_table_get(void) WEX_NOEXCEPT;
+
+/* Fills a rule's first four fields (NULL feature: empty). 0; -1 for NULL. */
+WEX_API int32_t wexd_perm_group_conf_entry_populate(wexd_perm_group_conf_entry *rule, int32_t rule_type,
+                                                    int32_t cmd_type, const char *feature,
+                                                    int32_t all_features) WEX_NOEXCEPT;
+/* Copies all but the absent flag (note the order). 0; -1 for NULL. */
+WEX_API int32_t wexd_perm_group_conf_entry_copy(wexd_perm_group_conf_entry *dst,
+                                                const wexd_perm_group_conf_entry *src) WEX_NOEXCEPT;
+/* Zeroes the request and gives both masks their length word (512). */
+WEX_API void wexd_perm_group_conf_cli_wrapper_init(wexd_perm_group_conf_cli_wrapper *request) WEX_NOEXCEPT;
+/* Zeroes the record. */
+WEX_API void
+wexd_role_comp_group_conf_cli_wrapper_init(wexd_role_comp_group_conf_cli_wrapper *request) WEX_NOEXCEPT;
+/* Fills the message: the words, then value (129 raw bytes for kind
+ * WEXD_ROLE_RULE_VALUE_RAW, else a text cut to 128 characters; NULL:
+ * empty). 0; -1 for a NULL message. */
+WEX_API int32_t wexd_role_rule_entry_msg_populate(wexd_role_rule_entry_msg *msg, uint32_t word0,
+                                                  uint32_t word1, uint32_t word2, uint32_t kind,
+                                                  const void *value) WEX_NOEXCEPT;
+
+/* 0 when name names a role usable in this context, else -1. msg_type is
+ * WEX_MSG_TYPE_READ or WEX_MSG_TYPE_ROLE_READ. */
+WEX_API int32_t wexd_perm_group_role_name_verify2(int32_t q, const char *name,
+                                                  uint32_t msg_type) WEX_NOEXCEPT;
+WEX_API int32_t wexd_perm_group_role_name_verify(int32_t q, const char *name) WEX_NOEXCEPT;
+/* Reads one role (name given) or, for WEXD_ROLE_QUERY_ALL without a name,
+ * every role. 0 with *buf (malloc'd, the caller frees it) and *len; else
+ * WEX_STATUS_NO_EXCHANGE or wexd's status, *buf untouched. */
+WEX_API int32_t wexd_role_info_get(int32_t q, uint32_t msg_type, uint32_t query_kind, const char *name,
+                                   void **buf, uint32_t *len) WEX_NOEXCEPT;
+
+/* ---- Role display ----------------------------------------------------------- */
+
+/* Write "permit"/"deny", or "clear" ... "exec", into buf (7 bytes or more);
+ * other codes write nothing. 0; -1 for a NULL buffer. */
+WEX_API int32_t wexd_perm_group_rule_type_str_get(char *buf, int32_t rule_type) WEX_NOEXCEPT;
+WEX_API int32_t wexd_perm_group_command_type_str_get(char *buf, int32_t cmd_type) WEX_NOEXCEPT;
+/* Writes the rule's configuration line, "rule N type command [feature F]",
+ * into dst (WEXD_RULE_CLI_STR_SIZE bytes). 0; -1 for NULL. */
+WEX_API int32_t wexd_perm_group_conf_entry_cli_str_get(char *dst, const wexd_perm_group_conf_entry *rule,
+                                                       int32_t rule_no) WEX_NOEXCEPT;
+/* One line of the rule table, through wex_buf_printf. 0; -1 for NULL. */
+WEX_API int32_t wexd_perm_group_conf_entry_cli_show(const wexd_perm_group_conf_entry *rule,
+                                                    int32_t rule_no) WEX_NOEXCEPT;
+/* The role's show output through wex_buf_printf; mask is the user's. */
+WEX_API void wexd_perm_group_entry_cli_show(const wexd_perm_group_entry *role,
+                                            const vsan_mask *mask) WEX_NOEXCEPT;
+/* A built-in group's show output on standard output. */
+WEX_API void wexd_static_perm_group_entry_cli_show(const wexd_static_perm_group_entry *group) WEX_NOEXCEPT;
+/* Debugging dumps on standard output. */
+WEX_API void
+wexd_perm_group_conf_cli_wrapper_show(const wexd_perm_group_conf_cli_wrapper *request) WEX_NOEXCEPT;
+WEX_API void wexd_perm_group_conf_entry_show(const wexd_perm_group_conf_entry *rule) WEX_NOEXCEPT;
+WEX_API void wexd_perm_group_entry_show(const wexd_perm_group_entry *role) WEX_NOEXCEPT;
+/* Writes the text describing a role change of opcode 913 or 919 into dst
+ * (WEXD_ROLE_CHANGE_STR_SIZE bytes) and returns its length; for any other
+ * opcode writes nothing and returns the opcode. */
+WEX_API int32_t wexd_perm_group_wrapper_cli_str_get(
+    char *dst, uint32_t opcode, const wexd_perm_group_conf_cli_wrapper *request) WEX_NOEXCEPT;
 
 WEX_END_DECLS
 
