@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 WEX_ASSERT_SIZE(ipcq_send_options_t, 68);
@@ -93,6 +94,37 @@ int request_response(int q, const BcpCall &call, const void *request, uint32_t *
         *reply = nullptr;
     return bcp_req_resp(call.opcode, call.msg_type, request, reply, len, text1, text2, call.dest_queue, q,
                         call.timeout);
+}
+
+int32_t verify_name(int q, const BcpCall &call, std::span<const std::byte> record, int32_t unknown_status)
+{
+    void *reply = nullptr;
+    uint32_t len = static_cast<uint32_t>(record.size());
+    const int result = request_response(q, call, record.data(), &len, &reply);
+    std::free(reply);
+    if (result == 0)
+        return 0;
+    if (result != unknown_status)
+        std::puts("Error in communicating with process");
+    return -1;
+}
+
+int32_t query(int q, const BcpCall &call, std::span<const std::byte> record, void **buf, uint32_t *len)
+{
+    void *reply = nullptr;
+    *len = static_cast<uint32_t>(record.size());
+    const int result = request_response(q, call, record.data(), len, &reply);
+    if (result != 0) {
+        std::free(reply);
+        return query_status(result);
+    }
+    *buf = reply;
+    return 0;
+}
+
+int32_t query_status(int result)
+{
+    return result == -1 ? WEX_STATUS_NO_EXCHANGE : result;
 }
 
 int32_t write_status(int result)

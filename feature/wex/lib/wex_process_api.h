@@ -96,6 +96,22 @@ int synchronous_request(int q, uint32_t opcode, std::span<std::byte> out, std::s
 int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply,
                      const char *text1 = "", const char *text2 = "");
 
+// A name verification (roles, locales): asks wexd about the record that
+// names it and releases the reply unread. 0 when wexd knows the name, -1
+// otherwise; a failure other than unknown_status prints "Error in
+// communicating with process".
+int32_t verify_name(int q, const BcpCall &call, std::span<const std::byte> record, int32_t unknown_status);
+
+// A query (roles, locales) that hands the reply on: *len goes in as the
+// record's size and comes back as the reply's; on 0 *buf receives the
+// reply (the caller's to free), otherwise the reply is released, *buf is
+// untouched and the result is query_status of the exchange.
+int32_t query(int q, const BcpCall &call, std::span<const std::byte> record, void **buf, uint32_t *len);
+
+// The result of a query: -1 (no exchange) becomes WEX_STATUS_NO_EXCHANGE,
+// wexd's statuses pass through.
+int32_t query_status(int result);
+
 // The result of a write: -1 becomes WEX_ERRNO_STATUS of errno.
 int32_t write_status(int result);
 

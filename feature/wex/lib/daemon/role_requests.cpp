@@ -43,11 +43,6 @@ int32_t verify_static_role(const char *name) noexcept
     return network_role && wex::context_number() != 1 ? -1 : 0;
 }
 
-int32_t query_status(int result) noexcept
-{
-    return result == -1 ? WEX_STATUS_NO_EXCHANGE : result;
-}
-
 // One exchange of a role query; the reply, if any, lands in reply.
 int role_exchange(int32_t q, uint32_t msg_type, const wexd_perm_group_conf_cli_wrapper &request, Block &reply,
                   uint32_t &reply_len) noexcept
@@ -81,7 +76,7 @@ int32_t gather_all_roles(int32_t q, uint32_t msg_type, wexd_perm_group_conf_cli_
         uint32_t reply_len = 0;
         const int result = role_exchange(q, msg_type, request, reply, reply_len);
         if (result != 0)
-            return query_status(result);
+            return frame::query_status(result);
         if (reply_len == 0)
             break;
         if (reply_len > WEXD_ROLE_GATHER_LIMIT - *len) {
@@ -112,16 +107,8 @@ WEX_API int32_t wexd_perm_group_role_name_verify2(int32_t q, const char *name, u
     if (wex_lib_is_static_role(name))
         return verify_static_role(name);
     const wexd_perm_group_conf_cli_wrapper request = role_request(0, name);
-    void *reply = nullptr;
-    uint32_t len = sizeof request;
-    const int result = frame::request_response(q, frame::with_msg_type(frame::kRoleNameVerify, msg_type),
-                                               &request, &len, &reply);
-    std::free(reply);
-    if (result == 0)
-        return 0;
-    if (result != WEX_STATUS_ROLE_UNKNOWN)
-        std::puts("Error in communicating with process");
-    return -1;
+    return frame::verify_name(q, frame::with_msg_type(frame::kRoleNameVerify, msg_type),
+                              frame::bytes_of(request), WEX_STATUS_ROLE_UNKNOWN);
 }
 
 WEX_API int32_t wexd_perm_group_role_name_verify(int32_t q, const char *name) noexcept
@@ -138,12 +125,8 @@ WEX_API int32_t wexd_role_info_get(int32_t q, uint32_t msg_type, uint32_t query_
     wexd_perm_group_conf_cli_wrapper request = role_request(query_kind, name);
     if (query_kind == WEXD_ROLE_QUERY_ALL && !name)
         return gather_all_roles(q, msg_type, request, buf, len);
-    Block reply;
-    const int result = role_exchange(q, msg_type, request, reply, *len);
-    if (result != 0)
-        return query_status(result);
-    *buf = reply.release();
-    return 0;
+    return frame::query(q, frame::with_msg_type(frame::kRoleInfoGet, msg_type), frame::bytes_of(request), buf,
+                        len);
 }
 
 } // extern "C"

@@ -220,6 +220,98 @@ WEX_ASSERT_SIZE(wexd_role_comp_group_conf_cli_wrapper, 76);
 #define WEXD_RULE_CLI_STR_SIZE 96
 #define WEXD_ROLE_CHANGE_STR_SIZE 256
 
+/* ---- Settings ------------------------------------------------------------ */
+
+/* The shell's settings as wexd keeps them. Writes start from an all-zero
+ * record and set one field; wexd knows which by the opcode. */
+typedef struct wexd_wex_config {
+    char switchname[64]; /* at most 63 characters */
+    uint8_t reserved1[12];
+    uint32_t session_timeout;     /* opcode 935 */
+    uint32_t session_timeout_alt; /* opcode 936 */
+    uint32_t max_sessions;
+    uint32_t term_width;
+    uint32_t term_length;
+    uint8_t reserved2[28];
+} wexd_wex_config;
+
+/* The payload of every settings write. */
+typedef struct wexd_wex_config_msg {
+    uint32_t lead;
+    wexd_wex_config config;
+} wexd_wex_config_msg;
+
+WEX_ASSERT_SIZE(wexd_wex_config, 124);
+WEX_ASSERT_OFFSET(wexd_wex_config, session_timeout, 76);
+WEX_ASSERT_OFFSET(wexd_wex_config, session_timeout_alt, 80);
+WEX_ASSERT_OFFSET(wexd_wex_config, max_sessions, 84);
+WEX_ASSERT_OFFSET(wexd_wex_config, term_width, 88);
+WEX_ASSERT_OFFSET(wexd_wex_config, term_length, 92);
+WEX_ASSERT_SIZE(wexd_wex_config_msg, 128);
+WEX_ASSERT_OFFSET(wexd_wex_config_msg, config, 4);
+
+/* ---- CLI lock --------------------------------------------------------------- */
+
+#define WEXD_CLI_UNLOCK 0u
+#define WEXD_CLI_LOCK 1u
+#define WEXD_CLI_LOCK_MODE_ORDINARY 0u
+#define WEXD_CLI_LOCK_MODE_UPGRADE 1u /* with WEXD_CLI_LOCK */
+#define WEXD_CLI_LOCK_MODE_FORCED 2u  /* with WEXD_CLI_UNLOCK */
+
+typedef struct wexd_cli_lock_req {
+    uint32_t action;
+    uint32_t requester; /* the caller's word, passed through */
+    uint32_t mode;
+} wexd_cli_lock_req;
+
+WEX_ASSERT_SIZE(wexd_cli_lock_req, 12);
+
+/* ---- Locales -------------------------------------------------------------- */
+
+#define WEXD_LOCALE_NAME_SIZE 64
+
+/* The request record of locale reads and verifications. A name of 64
+ * characters fills its field without a terminator. */
+typedef struct wexd_perm_locale_conf_cli_wrapper {
+    uint32_t query_kind;
+    uint32_t zero;
+    char name[WEXD_LOCALE_NAME_SIZE];
+    uint8_t reserved[132];
+} wexd_perm_locale_conf_cli_wrapper;
+
+WEX_ASSERT_SIZE(wexd_perm_locale_conf_cli_wrapper, 204);
+WEX_ASSERT_OFFSET(wexd_perm_locale_conf_cli_wrapper, name, 8);
+
+/* ---- Parameter subtypes and dynamic ranges ------------------------------- */
+
+/* Subtype codes: 0 and -1 to -8, one or two placeholder names each. */
+#define WEXD_PARAM_SUBTYPE_MIN (-8)
+#define WEXD_PARAM_SUBTYPE_MAX 0
+#define WEXD_PLACEHOLDER_SIZE 100
+
+/* The bounds of one placeholder, sent to the parse-tree registration queue. */
+typedef struct wexd_dynamic_range_msg {
+    char name[WEXD_PLACEHOLDER_SIZE]; /* at most 99 characters, NUL-padded */
+    int32_t lower;
+    int32_t upper;
+} wexd_dynamic_range_msg;
+
+WEX_ASSERT_SIZE(wexd_dynamic_range_msg, 108);
+WEX_ASSERT_OFFSET(wexd_dynamic_range_msg, lower, 100);
+
+/* ---- Notifications ------------------------------------------------------ */
+
+typedef struct wex_cfg_update_msg {
+    uint32_t values[3];
+    uint8_t reserved[28];
+} wex_cfg_update_msg;
+
+WEX_ASSERT_SIZE(wex_cfg_update_msg, 40);
+
+/* wexd's event codes: WEXD_EVENT_BASE plus the event's index (0 to 5) in
+ * the low 16 bits; bit 31 is not part of the event. */
+#define WEXD_EVENT_BASE 0x280000u
+
 WEX_BEGIN_DECLS
 
 /* The transport's send-options record (68 bytes), defined by the platform. */
@@ -391,6 +483,96 @@ WEX_API void wexd_perm_group_entry_show(const wexd_perm_group_entry *role) WEX_N
  * opcode writes nothing and returns the opcode. */
 WEX_API int32_t wexd_perm_group_wrapper_cli_str_get(
     char *dst, uint32_t opcode, const wexd_perm_group_conf_cli_wrapper *request) WEX_NOEXCEPT;
+
+/* ---- Settings ------------------------------------------------------------ */
+
+/* Sends the record behind lead as a settings write of this opcode, with the
+ * two texts (NULL: empty). The bcp_req_resp result; -1 with nothing sent
+ * for a NULL record. */
+WEX_API int32_t wexd_wex_configuration_set(int32_t q, const wexd_wex_config *config, uint32_t opcode,
+                                           uint32_t lead, const char *text1, const char *text2) WEX_NOEXCEPT;
+/* One setting each. 0 when wexd took it; -1 otherwise, and at once (nothing
+ * sent) for a length or width of 0 or a NULL name. A name is cut to 63
+ * characters. */
+WEX_API int32_t wexd_max_wex_sessions_set(int32_t q, uint32_t max_sessions, uint32_t lead) WEX_NOEXCEPT;
+WEX_API int32_t wexd_session_timeout_set(int32_t q, uint32_t timeout, uint32_t flag) WEX_NOEXCEPT;
+WEX_API int32_t wexd_term_set_length(int32_t q, uint32_t length) WEX_NOEXCEPT;
+WEX_API int32_t wexd_term_set_width(int32_t q, uint32_t width) WEX_NOEXCEPT;
+WEX_API int32_t wexd_switchname_set(int32_t q, const char *name) WEX_NOEXCEPT;
+/* Reads the settings: 0 with *reply a malloc'd record for the caller to
+ * free; -1 with *reply NULL when the exchange failed or the reply is not a
+ * whole record. */
+WEX_API int32_t wexd_wex_configuration_get(int32_t q, wexd_wex_config **reply) WEX_NOEXCEPT;
+/* Reads the settings over the transport into *config. 0; -1, *config
+ * untouched, when the exchange failed or the reply is not a whole record. */
+WEX_API int32_t wexd_wex_config_info_get(int32_t q, wexd_wex_config *config) WEX_NOEXCEPT;
+/* Copies the current dynamic par file's name into name (WEX_FILE_NAME_SIZE
+ * bytes). 0; -1, name untouched, when the exchange failed or the reply is
+ * not a name that fits. */
+WEX_API int32_t wexd_wex_dynamic_parfile_name_get(int32_t q, char *name) WEX_NOEXCEPT;
+
+/* ---- CLI lock --------------------------------------------------------------- */
+
+/* Take or give back the command-line lock. 0, wexd's status, or
+ * WEX_ERRNO_STATUS of a failed exchange. */
+WEX_API int32_t wexd_cli_lock(int32_t q, uint32_t requester) WEX_NOEXCEPT;
+WEX_API int32_t wexd_cli_lock_for_upgrade(int32_t q, uint32_t requester) WEX_NOEXCEPT;
+WEX_API int32_t wexd_cli_unlock(int32_t q, uint32_t requester) WEX_NOEXCEPT;
+WEX_API int32_t wexd_cli_unlock_forced(int32_t q, uint32_t requester) WEX_NOEXCEPT;
+WEX_API int32_t wexd_send_lock_unlock_notification(int32_t q, uint32_t action, uint32_t requester,
+                                                   uint32_t mode) WEX_NOEXCEPT;
+
+/* ---- Locales -------------------------------------------------------------- */
+
+/* Zeroes the record; NULL is ignored. */
+WEX_API void wexd_perm_locale_conf_cli_wrapper_init(wexd_perm_locale_conf_cli_wrapper *request) WEX_NOEXCEPT;
+/* 0 when wexd knows the locale, else -1. */
+WEX_API int32_t wexd_perm_locale_name_verify(int32_t q, const char *name) WEX_NOEXCEPT;
+/* Reads locale data: 0 with *buf (malloc'd, the caller frees it) and *len;
+ * else WEX_STATUS_NO_EXCHANGE or wexd's status, *buf untouched. */
+WEX_API int32_t wexd_locale_info_get(int32_t q, uint32_t msg_type, uint32_t query_kind, const char *name,
+                                     void **buf, uint32_t *len) WEX_NOEXCEPT;
+
+/* ---- Parameter subtypes, dynamic ranges, trees -------------------------- */
+
+/* Sends range[0] and range[1] as the bounds of the subtype's placeholder
+ * names. 0, or WEX_STATUS_FAILURE for an unknown code or a failed send. */
+WEX_API int32_t wexd_param_subtype_register(int32_t q, int32_t subtype, const int32_t *range) WEX_NOEXCEPT;
+/* Sends the bounds of one placeholder, logging through syslog. 0, or
+ * WEX_STATUS_FAILURE for a NULL argument, lower > upper or a failed send. */
+WEX_API int32_t wexd_set_dynamic_integer_range(int32_t q, const char *name, const int32_t *lower,
+                                               const int32_t *upper) WEX_NOEXCEPT;
+/* Read wexd's subtype table and tree table: the bcp_req_resp result, with
+ * *reply malloc'd for the caller to free (NULL on failure). A tree-table
+ * reply shorter than a tree_table is refused with -1. */
+WEX_API int32_t wexd_param_subtype_table_get(int32_t q, void **reply) WEX_NOEXCEPT;
+WEX_API int32_t wexd_tree_table_get(int32_t q, tree_table **reply) WEX_NOEXCEPT;
+/* Asks wexd to generate the main parse tree: the first word of its reply,
+ * or -1 when the request failed or the reply holds no word. */
+WEX_API int32_t wexd_generate_main_tree(int32_t q) WEX_NOEXCEPT;
+
+/* ---- Notifications and event history ----------------------------------- */
+
+/* Configuration changed: the three values for the listeners. The
+ * ipcq_send result. */
+WEX_API int32_t wex_notify_cfg_update(int32_t q, uint32_t value1, uint32_t value2,
+                                      uint32_t value3) WEX_NOEXCEPT;
+/* Configuration changed, from the record's queue; nothing is sent while
+ * the record generates per-VSAN configuration. Always 0. */
+WEX_API int32_t wex_api_notify_cfg_change(const pinfo *info) WEX_NOEXCEPT;
+/* Configuration changed. 0, or WEX_ERRNO_STATUS of the failed send. */
+WEX_API int32_t wex_config_change_notify(int32_t q) WEX_NOEXCEPT;
+/* A coming logout and an absolute time-out. 0, or
+ * WEX_ANNOUNCE_ERRNO_STATUS of the failed send (with a perror line). */
+WEX_API int32_t wex_announce_logout_warning(int32_t q, uint32_t value) WEX_NOEXCEPT;
+WEX_API int32_t wex_announce_abs_timeout(int32_t q, uint32_t value) WEX_NOEXCEPT;
+/* Always 0, at once. */
+WEX_API int32_t wait_for_chassis_box_online(void) WEX_NOEXCEPT;
+/* Prints one event of wexd's history: the header (time_s, the event's
+ * name, value2, value4, value5) through the platform's printer, then the
+ * text, or "Unknown Event". 0; 1 for a NULL text. */
+WEX_API int32_t wexd_hist_print_event(const char *text, uint32_t value2, uint32_t event_code, uint32_t value4,
+                                      uint32_t value5, uint32_t time_s) WEX_NOEXCEPT;
 
 WEX_END_DECLS
 
