@@ -5,11 +5,11 @@
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
 #include "support/capture.h"
+#include "support/syslog_recorder.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -25,43 +25,7 @@ using wex_test::capture_stdout;
 namespace
 {
 
-struct LogLine {
-    int priority;
-    std::string text;
-    bool operator==(const LogLine &) const = default;
-};
-std::vector<LogLine> g_log;
-
-__attribute__((format(printf, 2, 0))) void record_log(int priority, const char *format, va_list args)
-{
-    char text[512];
-    std::vsnprintf(text, sizeof text, format, args);
-    g_log.push_back({priority, text});
-}
-
-} // namespace
-
-// The library's syslog lines land here instead of the system log (the
-// second form is what fortified builds call).
-extern "C" __attribute__((format(printf, 2, 3))) void syslog(int priority, const char *format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    record_log(priority, format, args);
-    va_end(args);
-}
-
-extern "C" __attribute__((format(printf, 3, 4))) void __syslog_chk(int priority, int, const char *format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    record_log(priority, format, args);
-    va_end(args);
-}
-
-namespace
-{
-
+using wex_test::LogLine;
 using Log = std::vector<LogLine>;
 const std::string kNotice = "Call to wexd_set_dynamic_integer_range, setting ";
 
@@ -80,7 +44,7 @@ class SubtypesTest : public ::testing::Test
     void SetUp() override
     {
         transport().reset();
-        g_log.clear();
+        wex_test::syslog_lines().clear();
     }
     void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
 };
@@ -101,7 +65,7 @@ TEST_F(SubtypesTest, EachPlaceholderOfTheSubtypeGetsTheBounds)
     const int32_t range[2] = {1, 255};
     for (const auto &row : rows) {
         transport().reset();
-        g_log.clear();
+        wex_test::syslog_lines().clear();
         EXPECT_EQ(wexd_param_subtype_register(7, row.code, range), 0) << row.code;
         const auto sends = transport().calls_of("ipcq_send");
         ASSERT_EQ(sends.size(), row.names.size()) << row.code;
@@ -115,7 +79,7 @@ TEST_F(SubtypesTest, EachPlaceholderOfTheSubtypeGetsTheBounds)
             EXPECT_FALSE(sends[i].handle_given);
             expected_log.push_back({LOG_NOTICE, kNotice + row.names[i]});
         }
-        EXPECT_EQ(g_log, expected_log) << row.code;
+        EXPECT_EQ(wex_test::syslog_lines(), expected_log) << row.code;
     }
 
     transport().reset();
@@ -150,7 +114,7 @@ TEST_F(SubtypesTest, RangesAreCheckedBeforeTheyAreSent)
         {LOG_NOTICE, kNotice + long_name},
         {LOG_ERR, "ERROR, ipcq_send failed, ERROR = -2, ERRNO = 11\n"},
     };
-    EXPECT_EQ(g_log, expected);
+    EXPECT_EQ(wex_test::syslog_lines(), expected);
 }
 
 TEST_F(SubtypesTest, BothHexFormsAreTriedAndTheSecondFailureWins)

@@ -60,7 +60,7 @@ WEX_API int32_t wex_notify_cfg_update(int32_t q, uint32_t value1, uint32_t value
 WEX_API int32_t wex_api_notify_cfg_change(const pinfo *info) noexcept
 {
     // Per-VSAN generation replays configuration that has not changed.
-    if (info && (info->info_flags & 1u) == 0)
+    if (info && (info->info_flags & WEX_PINFO_PER_VSAN_ASCII_GEN) == 0)
         notify(info->ipcq_q, WEX_OPC_CFG_CHANGE_NOTIFY, {});
     return 0;
 }

@@ -4,6 +4,7 @@
 #ifndef WEX_EXEC_H
 #define WEX_EXEC_H
 
+#include <wex/param.h>
 #include <wex/wex_api.h>
 
 WEX_BEGIN_DECLS
@@ -138,6 +139,23 @@ WEX_API int wex_generate_running_cfg2(wex_cfg_gen_params_t *params) WEX_NOEXCEPT
 /* The running configuration into path, by the shell itself; the wait status
  * of wex_system, or -1 for a NULL path or one longer than 104 characters. */
 WEX_API int wex_generate_running_cfg(const char *path) WEX_NOEXCEPT;
+
+/* ---- Requests over the transport -------------------------------------- */
+
+/* The most interface indexes one default-interface request carries. */
+#define WEX_DEFAULT_INTF_MAX 255
+
+/* Expands the ranges into interface indexes and sends them, after the two
+ * values, to the configuration server for the default-interface operation;
+ * no reply is awaited. 0 when sent; 1 when memory for the ranges runs out;
+ * -1 for more than WEX_DEFAULT_INTF_MAX indexes, a count beyond the list's
+ * entries, no memory for the message, or a failed send. */
+WEX_API int wex_execute_default_intf(int32_t q, uint32_t value1, uint32_t value2,
+                                     intf_range_list ranges) WEX_NOEXCEPT;
+
+/* Asks wexd for the feature privilege value and waits for it; -1 when no
+ * answer with a value arrives. */
+WEX_API int wex_get_feature_privilege(int32_t q) WEX_NOEXCEPT;
 
 WEX_END_DECLS
 

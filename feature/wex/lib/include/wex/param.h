@@ -380,6 +380,56 @@ WEX_API int32_t wex_intf_help_info_show(const intf_help_info *info) WEX_NOEXCEPT
 /* Prints "\t name <min-max>" without a newline. 0; -1 for NULL. */
 WEX_API int32_t wex_intf_field_help_info_show(const intf_field_help_info *field) WEX_NOEXCEPT;
 
+/* ---- URI info ------------------------------------------------------------ */
+
+/* A TYPE_URI value: the URI split into its components. Every text field
+ * holds terminated text; components longer than a field are cut. */
+typedef struct uri_info {
+    uint32_t type; /* from the platform's scheme map; 0 without a scheme */
+    char scheme[32];
+    char user[32];
+    char password[32];
+    char server[64];
+    char host_prefix[64]; /* put in front of the host by wex_uri_info_populate */
+    int32_t port;         /* 0 when absent */
+    char path[256];
+    char vrf[32]; /* cleared by wex_xml_parse_uri2, else the record's users' */
+} uri_info;
+
+WEX_ASSERT_SIZE(uri_info, 520);
+WEX_ASSERT_OFFSET(uri_info, scheme, 4);
+WEX_ASSERT_OFFSET(uri_info, user, 36);
+WEX_ASSERT_OFFSET(uri_info, password, 68);
+WEX_ASSERT_OFFSET(uri_info, server, 100);
+WEX_ASSERT_OFFSET(uri_info, host_prefix, 164);
+WEX_ASSERT_OFFSET(uri_info, port, 228);
+WEX_ASSERT_OFFSET(uri_info, path, 232);
+WEX_ASSERT_OFFSET(uri_info, vrf, 488);
+
+/* Parses text into info; without a scheme in the text, the type comes from
+ * default_scheme (NULL: type 0). 0, or the parser's non-zero result with
+ * info untouched. */
+WEX_API int32_t wex_xml_parse_uri2(uri_info *info, const char *text, const char *default_scheme) WEX_NOEXCEPT;
+WEX_API int32_t wex_xml_parse_uri(uri_info *info, const char *text) WEX_NOEXCEPT;
+/* Fills info from components (NULL texts: empty): server is host_prefix
+ * followed by host, a relative path gains a leading "/". The vrf is not
+ * written. 0; -1 for a NULL record. */
+WEX_API int32_t wex_uri_info_populate(uri_info *info, const char *scheme, const char *user,
+                                      const char *password, const char *host_prefix, const char *host,
+                                      int32_t port, const char *path) WEX_NOEXCEPT;
+/* Refills dst from src's components (empty host prefix). 0; -1 for NULL. */
+WEX_API int32_t wex_uri_info_copy(uri_info *dst, const uri_info *src) WEX_NOEXCEPT;
+/* Prints type, scheme, user, server, port, path and vrf, those that are
+ * set, on one line without a newline. 0; -1 for NULL. */
+WEX_API int32_t wex_uri_info_print(const uri_info *info) WEX_NOEXCEPT;
+
+/* ---- Parameter dump ----------------------------------------------------- */
+
+/* Prints the whole record, then its arguments, on standard output. */
+WEX_API void print_pinfo(const pinfo *info) WEX_NOEXCEPT;
+/* Prints one argument: its token id, a label naming its type and its value. */
+WEX_API void print_pinfo_arg(const param_arg *arg) WEX_NOEXCEPT;
+
 WEX_END_DECLS
 
 #endif /* WEX_PARAM_H */
