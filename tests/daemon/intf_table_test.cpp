@@ -5,6 +5,7 @@
 
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "if_index.h"
 #include "support/capture.h"
 
@@ -53,12 +54,7 @@ const std::string kHeading = "=======================================\nDisplayin
 const std::string kEntryRule = "---------------------------------------\n";
 const std::string kHelpHeading = "\n Interface help information:\n";
 
-class InterfaceTableTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override { transport().reset(); }
-    void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
-};
+using InterfaceTableTest = wex_fake::TransportTest;
 
 TEST_F(InterfaceTableTest, TableStaysDenseAndRefusesTheTwentyFifthEntry)
 {

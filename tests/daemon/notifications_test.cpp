@@ -4,6 +4,7 @@
 
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "support/capture.h"
 
 #include <gtest/gtest.h>
@@ -22,12 +23,7 @@ using wex_test::capture_stdout;
 namespace
 {
 
-class NotificationsTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override { transport().reset(); }
-    void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
-};
+using NotificationsTest = wex_fake::TransportTest;
 
 TEST_F(NotificationsTest, ConfigurationChangesGoOutWithoutReply)
 {

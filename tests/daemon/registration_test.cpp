@@ -4,6 +4,7 @@
 
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "common/alloc_hook.h"
 #include "support/capture.h"
 
@@ -26,12 +27,7 @@ namespace
 
 using Names = std::vector<std::string>;
 
-class RegistrationTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override { transport().reset(); }
-    void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
-};
+using RegistrationTest = wex_fake::TransportTest;
 
 // The 604-byte entry for mask 0x0000000300000002 named "fc" with its
 // functions, as the registration message carries it.

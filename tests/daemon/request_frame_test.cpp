@@ -1,6 +1,7 @@
 // The frame of every daemon request, observed through the recording transport.
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "wex_process_api.h"
 
 #include "ipcq.h"
@@ -24,12 +25,7 @@ namespace
 
 using Names = std::vector<std::string>;
 
-class RequestFrameTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override { transport().reset(); }
-    void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
-};
+using RequestFrameTest = wex_fake::TransportTest;
 
 TEST_F(RequestFrameTest, OneWaySendsCarryTheirOptionsOrNone)
 {

@@ -5,6 +5,7 @@
 #include "common/alloc_hook.h"
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "support/capture.h"
 
 #include <gtest/gtest.h>
@@ -26,18 +27,18 @@ namespace
 
 constexpr int32_t kRoleUnknown = 0x40540009;
 
-class RolesTest : public ::testing::Test
+class RolesTest : public wex_fake::TransportTest
 {
   protected:
     void SetUp() override
     {
-        transport().reset();
+        TransportTest::SetUp();
         unsetenv("WARDEN_KEL_ID");
     }
     void TearDown() override
     {
         unsetenv("WARDEN_KEL_ID");
-        EXPECT_EQ(transport().live_messages(), 0);
+        TransportTest::TearDown();
     }
 };
 

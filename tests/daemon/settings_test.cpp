@@ -4,6 +4,7 @@
 
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "support/capture.h"
 
 #include <gtest/gtest.h>
@@ -30,12 +31,7 @@ wex_fake::Answer status(int result)
     return wex_fake::Answer{result, 0, std::nullopt};
 }
 
-class SettingsTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override { transport().reset(); }
-    void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
-};
+using SettingsTest = wex_fake::TransportTest;
 
 TEST_F(SettingsTest, EachSettingSetsOneFieldOfAZeroRecord)
 {

@@ -4,6 +4,7 @@
 
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "support/capture.h"
 #include "support/syslog_recorder.h"
 
@@ -38,16 +39,7 @@ Bytes range_message(const std::string &name, int32_t lower, int32_t upper)
     return bytes;
 }
 
-class SubtypesTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override
-    {
-        transport().reset();
-        wex_test::syslog_lines().clear();
-    }
-    void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
-};
+using SubtypesTest = wex_fake::TransportTest;
 
 TEST_F(SubtypesTest, EachPlaceholderOfTheSubtypeGetsTheBounds)
 {

@@ -5,6 +5,7 @@
 #include "common/alloc_hook.h"
 #include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
+#include "fakes/transport_test.h"
 #include "if_index.h"
 #include "support/capture.h"
 #include "support/syslog_recorder.h"
@@ -49,16 +50,7 @@ Bytes message_of(const std::vector<uint32_t> &indexes)
     return bytes;
 }
 
-class DefaultIntfTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override
-    {
-        transport().reset();
-        wex_test::syslog_lines().clear();
-    }
-    void TearDown() override { EXPECT_EQ(transport().live_messages(), 0); }
-};
+using DefaultIntfTest = wex_fake::TransportTest;
 
 TEST_F(DefaultIntfTest, RangesAreExpandedInListOrder)
 {
