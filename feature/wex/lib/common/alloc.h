@@ -4,6 +4,8 @@
 #define WEX_COMMON_ALLOC_H
 
 #include <cstddef>
+#include <cstdlib>
+#include <memory>
 
 namespace wex
 {
@@ -13,6 +15,15 @@ void *mem_alloc(std::size_t size) noexcept;
 
 // realloc, or NULL with block untouched when memory runs out.
 void *mem_realloc(void *block, std::size_t size) noexcept;
+
+// Releases a block the way callers of the library release theirs.
+struct FreeDeleter {
+    void operator()(void *block) const noexcept { std::free(block); }
+};
+
+// A block from mem_alloc, or one the platform handed over, that is released
+// with free() unless it is given away first.
+template <typename T> using MallocPtr = std::unique_ptr<T, FreeDeleter>;
 
 } // namespace wex
 

@@ -24,6 +24,12 @@ template <std::size_t N> std::string_view field_text(const char (&field)[N]) noe
     return field_text(field, N);
 }
 
+// The length of a text as printf's "%.*s" precision.
+inline int print_width(std::string_view text) noexcept
+{
+    return static_cast<int>(text.size());
+}
+
 // print_str of a character field of the given width, read no further.
 void print_text_field(const char *label, const char *field, std::size_t width) noexcept;
 

@@ -46,8 +46,7 @@ int32_t register_tree_entry(int32_t q, const frame::BcpCall &call, const tree_ta
 int32_t send_standby_registration(int32_t q, uint32_t opcode, const char *module_id)
 {
     const tree_table_entry entry = tree_entry(module_id, nullptr);
-    std::unique_ptr<std::byte, decltype(&std::free)> message(
-        static_cast<std::byte *>(wex::mem_alloc(kStandbyMessageSize)), &std::free);
+    wex::MallocPtr<std::byte> message(static_cast<std::byte *>(wex::mem_alloc(kStandbyMessageSize)));
     if (!message)
         return 1;
     const std::span<std::byte, kStandbyMessageSize> bytes(message.get(), kStandbyMessageSize);

@@ -4,6 +4,7 @@
 #include <wex/wexd_client.h>
 
 #include "common/text_field.h"
+#include "daemon/role_rules.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -41,16 +42,6 @@ struct RuleWords {
     }
 };
 
-int width(std::string_view text) noexcept
-{
-    return static_cast<int>(text.size());
-}
-
-int32_t rules_in_use(const wexd_perm_group_entry &role) noexcept
-{
-    return std::clamp<int32_t>(role.rule_count, 0, WEXD_ROLE_MAX_RULES);
-}
-
 void show_vsan_policy(const vsan_mask *mask) noexcept
 {
     // Without the user's mask there is no restriction to show.
@@ -69,7 +60,7 @@ void show_rule_table(const wexd_perm_group_entry &role) noexcept
     wex_buf_printf("  ---------------------------------------------\n");
     wex_buf_printf("  Rule    Type    Command-type      Feature\n");
     wex_buf_printf("  ---------------------------------------------\n");
-    for (int32_t number = 1; number <= rules_in_use(role); ++number) {
+    for (int32_t number = 1; number <= wex::daemon::rules_in_use(role); ++number) {
         if (role.rules[number - 1].absent == 0)
             wexd_perm_group_conf_entry_cli_show(&role.rules[number - 1], number);
     }
@@ -98,7 +89,8 @@ WEX_API int32_t wexd_perm_group_conf_entry_cli_str_get(char *dst, const wexd_per
     const std::string_view feature = wex::field_text(rule->feature);
     char feature_part[sizeof "feature " + sizeof rule->feature] = "";
     if (rule->all_features != 1)
-        std::snprintf(feature_part, sizeof feature_part, "feature %.*s", width(feature), feature.data());
+        std::snprintf(feature_part, sizeof feature_part, "feature %.*s", wex::print_width(feature),
+                      feature.data());
     std::snprintf(dst, WEXD_RULE_CLI_STR_SIZE, "rule %d %s %s %s", rule_no, words.rule_type, words.cmd_type,
                   feature_part);
     return 0;
@@ -111,8 +103,8 @@ WEX_API int32_t wexd_perm_group_conf_entry_cli_show(const wexd_perm_group_conf_e
         return -1;
     const RuleWords words(*rule);
     const std::string_view feature = rule->all_features == 1 ? "*" : wex::field_text(rule->feature);
-    wex_buf_printf("  %3d.%9s%10s%20.*s\n", rule_no, words.rule_type, words.cmd_type, width(feature),
-                   feature.data());
+    wex_buf_printf("  %3d.%9s%10s%20.*s\n", rule_no, words.rule_type, words.cmd_type,
+                   wex::print_width(feature), feature.data());
     return 0;
 }
 
@@ -122,11 +114,11 @@ WEX_API void wexd_perm_group_entry_cli_show(const wexd_perm_group_entry *role, c
         return;
     const std::string_view name = wex::field_text(role->name);
     const std::string_view description = wex::field_text(role->description);
-    wex_buf_printf("\nRole: %.*s\n", width(name), name.data());
+    wex_buf_printf("\nRole: %.*s\n", wex::print_width(name), name.data());
     if (!description.empty())
-        wex_buf_printf("  Description: %.*s\n", width(description), description.data());
+        wex_buf_printf("  Description: %.*s\n", wex::print_width(description), description.data());
     show_vsan_policy(mask);
-    if (rules_in_use(*role) >= 1)
+    if (wex::daemon::rules_in_use(*role) >= 1)
         show_rule_table(*role);
 }
 
@@ -137,11 +129,11 @@ WEX_API void wexd_static_perm_group_entry_cli_show(const wexd_static_perm_group_
     const std::string_view name = wex::field_text(group->name);
     const std::string_view description = wex::field_text(group->description);
     const std::string_view details = wex::field_text(group->details);
-    std::printf("\nRole: %.*s\n", width(name), name.data());
+    std::printf("\nRole: %.*s\n", wex::print_width(name), name.data());
     if (!description.empty())
-        std::printf("Description: %.*s\n", width(description), description.data());
+        std::printf("Description: %.*s\n", wex::print_width(description), description.data());
     if (!details.empty())
-        std::printf("%.*s\n", width(details), details.data());
+        std::printf("%.*s\n", wex::print_width(details), details.data());
 }
 
 WEX_API void wexd_perm_group_conf_cli_wrapper_show(const wexd_perm_group_conf_cli_wrapper *request) noexcept
@@ -150,7 +142,7 @@ WEX_API void wexd_perm_group_conf_cli_wrapper_show(const wexd_perm_group_conf_cl
         return;
     const std::string_view name = wex::field_text(request->name);
     std::printf("No flag:%d ", static_cast<int>(request->no_flag));
-    std::printf("Role name:%.*s ", width(name), name.data());
+    std::printf("Role name:%.*s ", wex::print_width(name), name.data());
 }
 
 WEX_API void wexd_perm_group_conf_entry_show(const wexd_perm_group_conf_entry *rule) noexcept
@@ -160,7 +152,7 @@ WEX_API void wexd_perm_group_conf_entry_show(const wexd_perm_group_conf_entry *r
     const std::string_view feature = wex::field_text(rule->feature);
     std::printf("Rule type:%d ", rule->rule_type);
     std::printf("Cmd type:%d ", rule->cmd_type);
-    std::printf("Feature:%.*s ", width(feature), feature.data());
+    std::printf("Feature:%.*s ", wex::print_width(feature), feature.data());
     std::printf("All_feature:%d \n", rule->all_features);
 }
 
@@ -170,10 +162,10 @@ WEX_API void wexd_perm_group_entry_show(const wexd_perm_group_entry *role) noexc
         return;
     const std::string_view name = wex::field_text(role->name);
     const std::string_view description = wex::field_text(role->description);
-    std::printf("\nRole name:%.*s description:%.*s\n", width(name), name.data(), width(description),
-                description.data());
+    std::printf("\nRole name:%.*s description:%.*s\n", wex::print_width(name), name.data(),
+                wex::print_width(description), description.data());
     // The slots in use, as the show output walks them, numbered from 0.
-    for (int32_t slot = 0; slot < rules_in_use(*role); ++slot) {
+    for (int32_t slot = 0; slot < wex::daemon::rules_in_use(*role); ++slot) {
         if (role->rules[slot].absent != 0)
             continue;
         std::printf("%d. ", slot);
@@ -194,15 +186,15 @@ WEX_API int32_t wexd_perm_group_wrapper_cli_str_get(char *dst, uint32_t opcode,
     int written = 0;
     if (opcode == WEX_OPC_ROLE_DESCRIPTION_CHANGED && removed)
         written = std::snprintf(dst, WEXD_ROLE_CHANGE_STR_SIZE, "Deleted description for role %.*s",
-                                width(name), name.data());
+                                wex::print_width(name), name.data());
     else if (opcode == WEX_OPC_ROLE_DESCRIPTION_CHANGED)
-        written =
-            std::snprintf(dst, WEXD_ROLE_CHANGE_STR_SIZE, "Configured description for role %.*s to be %.*s",
-                          width(name), name.data(), width(description), description.data());
+        written = std::snprintf(dst, WEXD_ROLE_CHANGE_STR_SIZE,
+                                "Configured description for role %.*s to be %.*s", wex::print_width(name),
+                                name.data(), wex::print_width(description), description.data());
     else
         written = std::snprintf(dst, WEXD_ROLE_CHANGE_STR_SIZE,
-                                removed ? "Deleted role name %.*s" : "Created role name %.*s", width(name),
-                                name.data());
+                                removed ? "Deleted role name %.*s" : "Created role name %.*s",
+                                wex::print_width(name), name.data());
     return std::min<int32_t>(written, WEXD_ROLE_CHANGE_STR_SIZE - 1);
 }
 

@@ -20,10 +20,7 @@ namespace
 constexpr std::size_t kReplyNameOffset = 4;
 constexpr std::size_t kReplyNameEnd = kReplyNameOffset + WEXD_ROLE_NAME_SIZE;
 
-struct FreeDeleter {
-    void operator()(void *block) const noexcept { std::free(block); }
-};
-using Block = std::unique_ptr<std::byte, FreeDeleter>;
+using Block = wex::MallocPtr<std::byte>;
 
 wexd_perm_group_conf_cli_wrapper role_request(uint32_t query_kind, const char *name) noexcept
 {

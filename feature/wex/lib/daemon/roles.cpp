@@ -3,6 +3,7 @@
 #include <wex/wexd_client.h>
 
 #include "common/text_field.h"
+#include "daemon/role_rules.h"
 
 #include <algorithm>
 #include <cstring>
@@ -43,13 +44,6 @@ int32_t locate(const Entry *table, int32_t count, const char *name, bool ignore_
 bool is_valid(const wexd_perm_group_entry &role) noexcept
 {
     return role.valid != 0;
-}
-
-// The rule slots a role may really use: a count from another process is
-// held to the 16 slots.
-int32_t rules_in_use(const wexd_perm_group_entry &role) noexcept
-{
-    return std::clamp<int32_t>(role.rule_count, 0, WEXD_ROLE_MAX_RULES);
 }
 
 void init_mask(vsan_mask &mask) noexcept
@@ -121,7 +115,7 @@ WEX_API int32_t wexd_perm_group_max_rule_id_get(const wexd_perm_group_entry *rol
 {
     if (!role)
         return 0;
-    for (int32_t number = rules_in_use(*role); number >= 1; --number) {
+    for (int32_t number = wex::daemon::rules_in_use(*role); number >= 1; --number) {
         if (role->rules[number - 1].absent == 0)
             return number;
     }

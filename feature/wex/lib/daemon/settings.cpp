@@ -2,6 +2,7 @@
 // written at a time, and the name of the dynamic par file.
 #include <wex/wexd_client.h>
 
+#include "common/alloc.h"
 #include "common/text_field.h"
 #include "wex_process_api.h"
 
@@ -14,10 +15,6 @@ namespace frame = wex::daemon;
 namespace
 {
 
-struct FreeDeleter {
-    void operator()(void *block) const noexcept { std::free(block); }
-};
-
 // One setting: an all-zero record with the one field set, sent with the
 // opcode that names the field.
 template <typename Set> int32_t write_setting(int32_t q, uint32_t opcode, uint32_t lead, Set set) noexcept
@@ -29,8 +26,7 @@ template <typename Set> int32_t write_setting(int32_t q, uint32_t opcode, uint32
 }
 
 // A read without request payload whose reply is handed on.
-int read_reply(int32_t q, const frame::BcpCall &call, std::unique_ptr<void, FreeDeleter> &reply,
-               uint32_t &len) noexcept
+int read_reply(int32_t q, const frame::BcpCall &call, wex::MallocPtr<void> &reply, uint32_t &len) noexcept
 {
     void *payload = nullptr;
     len = 0;
@@ -102,7 +98,7 @@ WEX_API int32_t wexd_wex_configuration_get(int32_t q, wexd_wex_config **reply) n
     if (!reply)
         return -1;
     *reply = nullptr;
-    std::unique_ptr<void, FreeDeleter> payload;
+    wex::MallocPtr<void> payload;
     uint32_t len = 0;
     // A reply shorter than the record would be read past its end by the
     // caller: it is no record.
@@ -130,7 +126,7 @@ WEX_API int32_t wexd_wex_dynamic_parfile_name_get(int32_t q, char *name) noexcep
 {
     if (!name)
         return -1;
-    std::unique_ptr<void, FreeDeleter> payload;
+    wex::MallocPtr<void> payload;
     uint32_t len = 0;
     if (read_reply(q, frame::kDynamicParfileNameGet, payload, len) < 0 || !payload)
         return -1;

@@ -3,6 +3,8 @@
 #include <wex/diag.h>
 #include <wex/wex_api.h>
 
+#include "common/alloc.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,10 +19,6 @@ namespace
 {
 
 constexpr int32_t kMaxLineSize = 256;
-
-struct FreeDeleter {
-    void operator()(char *line) const noexcept { std::free(line); }
-};
 
 // Standard input has a line for getline: either bytes that an earlier read
 // already buffered in the stream (select cannot see them), or a descriptor
@@ -41,14 +39,14 @@ int wait_for_input(const wex_user_input_t &request, timeval *wait) noexcept
 
 // One line without its line feed, or null when none came: the wait ended,
 // select failed, or the input ended or failed.
-std::unique_ptr<char, FreeDeleter> read_line(const wex_user_input_t &request, timeval *wait) noexcept
+wex::MallocPtr<char> read_line(const wex_user_input_t &request, timeval *wait) noexcept
 {
     if (wait_for_input(request, wait) <= 0)
         return nullptr;
     char *raw = nullptr;
     std::size_t capacity = 0;
     const ssize_t read = getline(&raw, &capacity, stdin);
-    std::unique_ptr<char, FreeDeleter> line(raw);
+    wex::MallocPtr<char> line(raw);
     if (read < 0)
         return nullptr;
     line.get()[std::strcspn(line.get(), "\n")] = '\0';
@@ -86,7 +84,7 @@ extern "C" WEX_API int32_t wex_user_input_get(wex_user_input_t *request, char *d
     // the one limit.
     timeval limit{static_cast<time_t>(request->timeout), 0};
     timeval *wait = request->timeout ? &limit : nullptr;
-    std::unique_ptr<char, FreeDeleter> line;
+    wex::MallocPtr<char> line;
     for (;;) {
         std::printf("%s", request->prompt ? request->prompt : "");
         std::fflush(stdout);

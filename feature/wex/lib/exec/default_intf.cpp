@@ -26,11 +26,6 @@ constexpr std::size_t kHeadWords = 3;
 // The request word that names the feature privilege to wexd.
 constexpr uint32_t kPrivilegeRequest[2] = {6, 0};
 
-struct FreeDeleter {
-    void operator()(void *block) const noexcept { std::free(block); }
-};
-template <typename T> using Owned = std::unique_ptr<T, FreeDeleter>;
-
 // Walks every range in list order, handing each index to visit; stops
 // early (false) when visit refuses one, so a service that never ends a
 // range cannot keep the walk going.
@@ -53,7 +48,7 @@ int send_indexes(int32_t q, uint32_t value1, uint32_t value2, std::span<const in
                  uint32_t count)
 {
     const std::size_t words = kHeadWords + count;
-    Owned<uint32_t> message(static_cast<uint32_t *>(wex::mem_alloc(words * sizeof(uint32_t))));
+    wex::MallocPtr<uint32_t> message(static_cast<uint32_t *>(wex::mem_alloc(words * sizeof(uint32_t))));
     if (!message)
         return -1;
     uint32_t *at = message.get();
@@ -79,7 +74,7 @@ int privilege_of(const ipcq_msg_handle_t *reply)
     void *payload = nullptr;
     uint32_t len = 0;
     const int parsed = bcp_parse_response(reply, &payload, &len);
-    Owned<void> owned(payload);
+    wex::MallocPtr<void> owned(payload);
     if (parsed < 0 || !payload || len < sizeof(int32_t))
         return -1;
     int32_t value = 0;
@@ -99,7 +94,7 @@ WEX_API int wex_execute_default_intf(int32_t q, uint32_t value1, uint32_t value2
     if (ranges.count > std::size(ranges.ranges))
         return -1;
     const std::size_t pairs = ranges.count;
-    Owned<intf_range> work(
+    wex::MallocPtr<intf_range> work(
         static_cast<intf_range *>(wex::mem_alloc((pairs ? pairs : 1) * sizeof(intf_range))));
     if (!work) {
         std::puts("error: allocating memory for range list");

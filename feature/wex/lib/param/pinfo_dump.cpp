@@ -16,11 +16,6 @@ const char *truth(bool value) noexcept
     return value ? "TRUE" : "FALSE";
 }
 
-int width(std::string_view text) noexcept
-{
-    return static_cast<int>(text.size());
-}
-
 // The text of a TYPE_LEN_VALUE is read no further than the length the
 // value states, terminated or not.
 void print_len_value(const len_value *value) noexcept
@@ -30,7 +25,7 @@ void print_len_value(const len_value *value) noexcept
         return;
     }
     const std::string_view text(value->text, strnlen(value->text, value->length));
-    std::printf("len %d str %.*s\n", static_cast<int>(value->length), width(text), text.data());
+    std::printf("len %d str %.*s\n", static_cast<int>(value->length), wex::print_width(text), text.data());
 }
 
 void print_interface_mask(uint64_t mask) noexcept
@@ -191,12 +186,14 @@ void print_context(const pinfo *info) noexcept
                 info->bcp_msg_type, info->shell_type, info->submode_context);
     std::printf("Parameter Count: %hhu, Command Id: %u, IPCQ Q: %d\n", info->param_count, info->command_id,
                 info->ipcq_q);
-    std::printf("Session id: %.*s, Username: %.*s, Debug_flag: %d, filter: %x Prc_mode: %d\n", width(session),
-                session.data(), width(user), user.data(), info->debug_flag, info->filter, info->prc_mode);
+    std::printf("Session id: %.*s, Username: %.*s, Debug_flag: %d, filter: %x Prc_mode: %d\n",
+                wex::print_width(session), session.data(), wex::print_width(user), user.data(),
+                info->debug_flag, info->filter, info->prc_mode);
     std::printf("Sup state: %d, User mode state: %d, Is_admin: %d\n", info->sup_state, info->user_mode_state,
                 info->is_admin);
     std::printf("Exec_filter_mode: %d, Script_mode: %d\n", info->exec_filter_mode, info->script_mode);
-    std::printf("Vty ID: %.*s User Perms Mask:%x\n", width(vty), vty.data(), info->user_perms_mask);
+    std::printf("Vty ID: %.*s User Perms Mask:%x\n", wex::print_width(vty), vty.data(),
+                info->user_perms_mask);
 }
 
 void print_ascii_gen(const pinfo *info) noexcept
@@ -205,11 +202,12 @@ void print_ascii_gen(const pinfo *info) noexcept
     std::printf("\nAscii Gen: %s\n", truth(info->ascii_gen));
     if (info->ascii_gen) {
         std::printf(", Ascii cmd index: %hhu, Asciigen level: %d\nAscii Cmd: %.*s\n", info->ascii_cmd_index,
-                    info->asciigen_level, width(command), command.data());
+                    info->asciigen_level, wex::print_width(command), command.data());
         std::printf("Per vsan Ascii Gen : %s Info flags: 0x%x\n",
                     truth(info->info_flags & WEX_PINFO_PER_VSAN_ASCII_GEN), info->info_flags);
     }
-    std::printf("Ascii command: %.*s Info flags: 0x%x\n", width(command), command.data(), info->info_flags);
+    std::printf("Ascii command: %.*s Info flags: 0x%x\n", wex::print_width(command), command.data(),
+                info->info_flags);
 }
 
 } // namespace
