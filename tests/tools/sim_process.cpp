@@ -1,0 +1,154 @@
+#include "tools/sim_process.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace wex_test
+{
+namespace
+{
+
+// The command that starts the simulator: under the emulator when the tests
+// run under one.
+std::vector<std::string> sim_command(const std::string &args)
+{
+    std::vector<std::string> command;
+    const std::string emulator = WEX_TEST_EMULATOR;
+    if (!emulator.empty())
+        command.push_back(emulator);
+    command.push_back(WEXD_SIM_PATH);
+    std::istringstream words(args);
+    for (std::string word; words >> word;)
+        command.push_back(word);
+    return command;
+}
+
+pid_t spawn(const std::string &dir, const std::string &args, int out_fd, int err_fd)
+{
+    const std::vector<std::string> command = sim_command(args);
+    const pid_t pid = fork();
+    if (pid != 0)
+        return pid;
+    setenv("IPCQ_RUNTIME_DIR", dir.c_str(), 1);
+    dup2(out_fd, STDOUT_FILENO);
+    dup2(err_fd, STDERR_FILENO);
+    std::vector<char *> argv;
+    for (const std::string &word : command)
+        argv.push_back(const_cast<char *>(word.c_str()));
+    argv.push_back(nullptr);
+    execv(argv[0], argv.data());
+    _exit(127);
+}
+
+std::string read_available(int fd, int wait_ms)
+{
+    std::string text;
+    pollfd ready{fd, POLLIN, 0};
+    char buf[4096];
+    while (poll(&ready, 1, wait_ms) > 0) {
+        const ssize_t n = read(fd, buf, sizeof buf);
+        if (n <= 0)
+            break;
+        text.append(buf, static_cast<std::size_t>(n));
+        wait_ms = 0;
+    }
+    return text;
+}
+
+int wait_exit(pid_t pid)
+{
+    int status = 0;
+    for (int i = 0; i < 100; ++i) {
+        if (waitpid(pid, &status, WNOHANG) == pid)
+            return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        usleep(50 * 1000);
+    }
+    kill(pid, SIGKILL);
+    waitpid(pid, &status, 0);
+    return -1;
+}
+
+} // namespace
+
+SimProcess::SimProcess(const std::string &role_config)
+{
+    char pattern[] = "/tmp/wexd-sim-test-XXXXXX";
+    dir_ = mkdtemp(pattern);
+    std::string args;
+    if (!role_config.empty()) {
+        const std::string path = dir_ + "/roles.conf";
+        FILE *file = std::fopen(path.c_str(), "w");
+        std::fputs(role_config.c_str(), file);
+        std::fclose(file);
+        args = "--config " + path;
+    }
+    int fds[2];
+    if (pipe(fds) != 0)
+        return;
+    pid_ = spawn(dir_, args, fds[1], STDERR_FILENO);
+    close(fds[1]);
+    out_fd_ = fds[0];
+    // Up to ten seconds (the emulated build starts slowly) for the line
+    // that says the queues are open.
+    for (int i = 0; i < 100 && log_.find('\n') == std::string::npos; ++i)
+        log_ += read_available(out_fd_, 100);
+    ready_ = log_.find("wexd-sim: serving") != std::string::npos;
+}
+
+SimProcess::~SimProcess()
+{
+    stop();
+    if (out_fd_ >= 0)
+        close(out_fd_);
+    std::string remove = "rm -rf '" + dir_ + "'";
+    if (std::system(remove.c_str()) != 0)
+        std::perror("rm");
+}
+
+int SimProcess::stop()
+{
+    if (pid_ < 0)
+        return exit_status_;
+    kill(pid_, SIGTERM);
+    exit_status_ = wait_exit(pid_);
+    pid_ = -1;
+    log_ += read_available(out_fd_, 0);
+    return exit_status_;
+}
+
+bool SimProcess::wait_for_log(const std::string &text)
+{
+    for (int i = 0; i < 50 && log_.find(text) == std::string::npos; ++i)
+        log_ += read_available(out_fd_, 100);
+    return log_.find(text) != std::string::npos;
+}
+
+std::string SimProcess::log()
+{
+    return log_;
+}
+
+int run_sim(const std::string &runtime_dir, const std::string &args, std::string *err)
+{
+    int fds[2];
+    if (pipe(fds) != 0)
+        return -1;
+    const int null_out = open("/dev/null", O_WRONLY);
+    const pid_t pid = spawn(runtime_dir, args, null_out, fds[1]);
+    close(fds[1]);
+    close(null_out);
+    const int status = wait_exit(pid);
+    *err = read_available(fds[0], 0);
+    close(fds[0]);
+    return status;
+}
+
+} // namespace wex_test

@@ -1,0 +1,48 @@
+// A wexd-sim process for the length of a test, in a runtime directory of
+// its own, with a client queue to talk to it.
+#ifndef WEX_TEST_SIM_PROCESS_H
+#define WEX_TEST_SIM_PROCESS_H
+
+#include <string>
+#include <sys/types.h>
+
+namespace wex_test
+{
+
+class SimProcess
+{
+  public:
+    // Starts wexd-sim with the roles file text (empty: no file) and waits
+    // for it to serve; ready() tells whether it did.
+    explicit SimProcess(const std::string &role_config);
+    ~SimProcess();
+    SimProcess(const SimProcess &) = delete;
+    SimProcess &operator=(const SimProcess &) = delete;
+
+    bool ready() const { return ready_; }
+    const std::string &runtime_dir() const { return dir_; }
+    // Sends SIGTERM and returns the exit status (-1 when it did not exit);
+    // once stopped, the same status again.
+    int stop();
+    // Waits up to five seconds for the simulator to log a line holding
+    // text (a one-way message handled); true when it did.
+    bool wait_for_log(const std::string &text);
+    // What the simulator printed on standard output, once stopped.
+    std::string log();
+
+  private:
+    std::string dir_;
+    pid_t pid_ = -1;
+    int out_fd_ = -1;
+    std::string log_;
+    bool ready_ = false;
+    int exit_status_ = -1;
+};
+
+// Runs wexd-sim with the arguments in the runtime directory and returns its
+// exit status and standard error (for starts that must fail).
+int run_sim(const std::string &runtime_dir, const std::string &args, std::string *err);
+
+} // namespace wex_test
+
+#endif

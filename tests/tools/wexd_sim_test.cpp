@@ -1,0 +1,213 @@
+// The library's daemon requests against wexd-sim over the real transport:
+// every request operation, the state they leave, and a simulator that
+// survives malformed requests.
+#include <wex/exec.h>
+#include <wex/wexd_client.h>
+
+#include "support/child_process.h"
+#include "tools/sim_process.h"
+
+#include "bcp.h"
+#include "if_index.h"
+#include "ipcq.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+using wex_test::SimProcess;
+
+namespace
+{
+
+const char *kRoles = "# roles served in the test\n"
+                     "role ops Operators of the fabric\n"
+                     "rule 1 permit show all\n"
+                     "rule 3 deny config feature zone\n"
+                     "role audit\n"
+                     "rule 1 permit show feature zone\n"
+                     "locale fr_FR\n";
+
+class WexdSimTest : public ::testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(sim_.ready()) << sim_.log();
+        setenv("IPCQ_RUNTIME_DIR", sim_.runtime_dir().c_str(), 1);
+        q_ = ipcq_open(WEX_DEST_ADDRESS, 4100);
+        ASSERT_GE(q_, 0);
+    }
+    void TearDown() override
+    {
+        ipcq_close(q_);
+        EXPECT_EQ(sim_.stop(), 0);
+        unsetenv("IPCQ_RUNTIME_DIR");
+    }
+
+    SimProcess sim_{kRoles};
+    int q_ = -1;
+};
+
+// A one-way message to wexd is in its hands once a read sent after it is
+// answered: the simulator serves each queue in order.
+int32_t interface_count(int q)
+{
+    intf_table_entry *entries = nullptr;
+    const int32_t count = wexd_interface_table_get(q, &entries);
+    std::free(entries);
+    return count;
+}
+
+TEST_F(WexdSimTest, InterfacesTreesAndSubtypesAreKept)
+{
+    wex_intf_reg_info info;
+    wex_set_intf_reg_info(&info, "fc", 2, 0, "fc_verify", "fc_list", "libfc.so", nullptr);
+    info.ascii_gen_priority = 3;
+    ASSERT_EQ(wex_register_interface(q_, 0x300000001ull, &info), 0);
+    ASSERT_EQ(wex_register_interface2(q_, 0x2, "vsan", 1, 0, "", "", 0, "libvsan.so"), 0);
+    intf_table_entry *entries = nullptr;
+    ASSERT_EQ(wexd_interface_table_get(q_, &entries), 2);
+    EXPECT_EQ(entries[0].mask, 0x300000001ull);
+    EXPECT_STREQ(entries[0].name, "fc");
+    EXPECT_EQ(entries[0].ascii_gen_priority, 3);
+    int32_t slot = -1;
+    EXPECT_EQ(wexd_interface_table_search(entries, 1, 0x2, &slot), 0);
+    EXPECT_EQ(slot, 1);
+    std::free(entries);
+    ASSERT_EQ(wex_deregister_interface(q_, 0x300000001ull), 0);
+    EXPECT_EQ(interface_count(q_), 1);
+
+    EXPECT_EQ(wex_register_parse_tree(q_, "zone"), 0);
+    EXPECT_EQ(wex_add_cmd_file(q_, "zone.cmd"), 0);
+    EXPECT_EQ(wex_deregister_parse_tree(q_, "zone"), 0);
+    EXPECT_EQ(wex_register_parse_tree_standby(q_, "zone"), 0);
+    tree_table *trees = nullptr;
+    ASSERT_EQ(wexd_tree_table_get(q_, &trees), 0);
+    ASSERT_EQ(trees->last_index, 0);
+    EXPECT_STREQ(trees->entries[0].par_file_name, "zone.cmd");
+    std::free(trees);
+    EXPECT_EQ(wexd_generate_main_tree(q_), 1);
+
+    // One-way messages: their queues are served apart from wexd's, so the
+    // test waits for the simulator to log them before reading their effect.
+    const int32_t range[2] = {1, 255};
+    ASSERT_EQ(wexd_param_subtype_register(q_, -2, range), 0);
+    ASSERT_TRUE(sim_.wait_for_log("<ficon-port-addr-hex> 1..255"));
+    void *table = nullptr;
+    ASSERT_EQ(wexd_param_subtype_table_get(q_, &table), 0);
+    const auto *ranges = static_cast<const wexd_dynamic_range_msg *>(table);
+    EXPECT_STREQ(ranges[0].name, "<ficon-port-addr-hex>");
+    EXPECT_STREQ(ranges[1].name, "<ficon-port-addr>");
+    EXPECT_EQ(ranges[1].upper, 255);
+    std::free(table);
+
+    intf_range_list list{};
+    list.count = 1;
+    list.ranges[0] = {IF_INDEX_MAKE(1, 1, 1), IF_INDEX_MAKE(1, 1, 4)};
+    EXPECT_EQ(wex_execute_default_intf(q_, 1, 2, list), 0);
+    EXPECT_EQ(wex_get_feature_privilege(q_), 1);
+    EXPECT_EQ(wex_notify_cfg_update(q_, 1, 2, 3), 0);
+    EXPECT_EQ(wex_announce_logout_warning(q_, 60), 0);
+    EXPECT_EQ(omx_pa_state_query(q_), 0);
+    EXPECT_EQ(interface_count(q_), 1);
+
+    EXPECT_EQ(sim_.stop(), 0);
+    const std::string log = sim_.log();
+    for (const char *line :
+         {"intf-register", "mask 0x300000001 name fc", "parse-tree-register", "standby module zone",
+          "<ficon-port-addr> 1..255", "4 interfaces fc1/1 fc1/2 fc1/3 fc1/4", "logout-warning-announce",
+          "pa-state-query", "wexd-sim: stopped"})
+        EXPECT_NE(log.find(line), std::string::npos) << line << "\n" << log;
+}
+
+TEST_F(WexdSimTest, LockHasOneHolderAndSettingsAreStored)
+{
+    EXPECT_EQ(wexd_cli_lock(q_, 0x11), 0);
+    // Another process, another requester: refused until the forced unlock.
+    const auto other = wex_test::run_in_child([] {
+        const int q = ipcq_open(WEX_DEST_ADDRESS, 4101);
+        const bool lock_refused = wexd_cli_lock(q, 0x22) != 0;
+        const bool unlock_refused = wexd_cli_unlock(q, 0x22) != 0;
+        const int32_t forced = wexd_cli_unlock_forced(q, 0x22);
+        std::printf("%d %d %d %d", lock_refused, unlock_refused, forced, wexd_cli_lock(q, 0x22));
+        ipcq_close(q);
+    });
+    EXPECT_EQ(other.out, "1 1 0 0");
+    EXPECT_NE(wexd_cli_lock_for_upgrade(q_, 0x11), 0);
+    EXPECT_EQ(wexd_cli_unlock_forced(q_, 0x11), 0);
+    EXPECT_EQ(wexd_cli_lock_for_upgrade(q_, 0x11), 0);
+    EXPECT_EQ(wexd_cli_unlock(q_, 0x11), 0);
+
+    EXPECT_EQ(wexd_switchname_set(q_, "edge-7"), 0);
+    EXPECT_EQ(wexd_term_set_length(q_, 40), 0);
+    EXPECT_EQ(wexd_session_timeout_set(q_, 30, 1), 0);
+    EXPECT_EQ(wexd_max_wex_sessions_set(q_, 9, 0), 0);
+    wexd_wex_config *config = nullptr;
+    ASSERT_EQ(wexd_wex_configuration_get(q_, &config), 0);
+    EXPECT_STREQ(config->switchname, "edge-7");
+    EXPECT_EQ(config->term_length, 40u);
+    EXPECT_EQ(config->session_timeout, 30u);
+    EXPECT_EQ(config->max_sessions, 9u);
+    std::free(config);
+    wexd_wex_config info{};
+    ASSERT_EQ(wexd_wex_config_info_get(q_, &info), 0);
+    EXPECT_STREQ(info.switchname, "edge-7");
+    char name[WEX_FILE_NAME_SIZE] = "";
+    ASSERT_EQ(wexd_wex_dynamic_parfile_name_get(q_, name), 0);
+    EXPECT_STREQ(name, "/tarn/etc/par/dynamic_1.par");
+}
+
+TEST_F(WexdSimTest, RolesAndLocalesComeFromTheConfiguration)
+{
+    EXPECT_EQ(wexd_perm_group_role_name_verify(q_, "ops"), 0);
+    EXPECT_EQ(wexd_perm_group_role_name_verify(q_, "nobody"), -1);
+    EXPECT_EQ(wexd_perm_group_role_name_verify2(q_, "network-admin", 5), 0);
+
+    void *buf = nullptr;
+    uint32_t len = 0;
+    ASSERT_EQ(wexd_role_info_get(q_, 1, WEXD_ROLE_QUERY_ALL, nullptr, &buf, &len), 0);
+    ASSERT_EQ(len, 2u * 912u);
+    const auto *bytes = static_cast<const char *>(buf);
+    EXPECT_STREQ(bytes + 4, "ops");
+    EXPECT_STREQ(bytes + 912 + 4, "audit");
+    wexd_perm_group_entry ops;
+    std::memcpy(&ops, bytes + 36, sizeof ops);
+    EXPECT_EQ(ops.rule_count, 3);
+    EXPECT_EQ(ops.rules[1].absent, 1);
+    EXPECT_STREQ(ops.rules[2].feature, "zone");
+    std::free(buf);
+    EXPECT_EQ(wexd_role_info_get(q_, 5, 7, "nobody", &buf, &len), 0x40540009);
+
+    EXPECT_EQ(wexd_perm_locale_name_verify(q_, "fr_FR"), 0);
+    EXPECT_EQ(wexd_perm_locale_name_verify(q_, "xx"), -1);
+    ASSERT_EQ(wexd_locale_info_get(q_, 1, 0, nullptr, &buf, &len), 0);
+    EXPECT_EQ(len, 64u);
+    EXPECT_STREQ(static_cast<const char *>(buf), "fr_FR");
+    std::free(buf);
+}
+
+TEST_F(WexdSimTest, MalformedRequestsAreRefusedAndServingGoesOn)
+{
+    const uint8_t shorty[3] = {1, 2, 3};
+    uint32_t len = sizeof shorty;
+    EXPECT_EQ(bcp_req_resp(WEX_OPC_CLI_LOCK, 3, shorty, nullptr, &len, "", "", WEXD_QUEUE, q_, 5),
+              0x40540001);
+    len = 0;
+    EXPECT_EQ(bcp_req_resp(12345, 1, nullptr, nullptr, &len, "", "", WEXD_QUEUE, q_, 5), 0x40540001);
+    EXPECT_EQ(ipcq_send(q_, WEX_DEST_ADDRESS, WEXD_QUEUE, WEX_OPC_INTF_REGISTER, shorty, sizeof shorty,
+                        nullptr, 0, nullptr),
+              0);
+    EXPECT_EQ(interface_count(q_), 0);
+    EXPECT_EQ(wexd_switchname_set(q_, "still-here"), 0);
+
+    // A second simulator finds the queues taken and says so.
+    std::string err;
+    EXPECT_EQ(wex_test::run_sim(sim_.runtime_dir(), "", &err), 1);
+    EXPECT_NE(err.find("is another wexd running?"), std::string::npos) << err;
+    EXPECT_EQ(wex_test::run_sim(sim_.runtime_dir(), "--bogus", &err), 2);
+}
+
+} // namespace

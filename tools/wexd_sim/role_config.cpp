@@ -1,0 +1,96 @@
+#include "role_config.h"
+
+#include <cstring>
+#include <sstream>
+
+namespace wexd_sim
+{
+namespace
+{
+
+int32_t code_of(const std::string &word, std::initializer_list<const char *> words)
+{
+    int32_t code = 1;
+    for (const char *known : words) {
+        if (word == known)
+            return code;
+        ++code;
+    }
+    return 0;
+}
+
+bool add_role(std::istringstream &line, RoleConfig &config, std::string &why)
+{
+    std::string name, description;
+    if (!(line >> name) || name.size() >= WEXD_ROLE_NAME_SIZE) {
+        why = "a role needs a name of at most 31 characters";
+        return false;
+    }
+    std::getline(line >> std::ws, description);
+    wexd_perm_group_entry role;
+    std::memset(&role, 0, sizeof role);
+    robust_strncpy(role.name, name.c_str(), sizeof role.name);
+    robust_strncpy(role.description, description.c_str(), sizeof role.description);
+    role.valid = 1;
+    config.roles.push_back(role);
+    return true;
+}
+
+bool add_rule(std::istringstream &line, RoleConfig &config, std::string &why)
+{
+    int number = 0;
+    std::string type, command, scope, feature;
+    if (config.roles.empty()) {
+        why = "a rule needs a role above it";
+        return false;
+    }
+    if (!(line >> number >> type >> command >> scope) || number < 1 || number > WEXD_ROLE_MAX_RULES) {
+        why = "expected: rule <1-16> permit|deny clear|config|debug|show|exec all|feature <name>";
+        return false;
+    }
+    const int32_t rule_type = code_of(type, {"permit", "deny"});
+    const int32_t cmd_type = code_of(command, {"clear", "config", "debug", "show", "exec"});
+    const bool all = scope == "all";
+    if (!rule_type || !cmd_type || (!all && (scope != "feature" || !(line >> feature)))) {
+        why = "expected: rule <1-16> permit|deny clear|config|debug|show|exec all|feature <name>";
+        return false;
+    }
+    wexd_perm_group_entry &role = config.roles.back();
+    // Slots up to the highest number exist; the ones not named are absent.
+    for (int32_t slot = role.rule_count; slot < number; ++slot)
+        role.rules[slot].absent = 1;
+    role.rule_count = std::max<int32_t>(role.rule_count, number);
+    wexd_perm_group_conf_entry &rule = role.rules[number - 1];
+    wexd_perm_group_conf_entry_populate(&rule, rule_type, cmd_type, feature.c_str(), all ? 1 : 0);
+    rule.absent = 0;
+    return true;
+}
+
+} // namespace
+
+bool read_role_config(std::istream &in, RoleConfig &config, std::string &error)
+{
+    std::string text;
+    for (int number = 1; std::getline(in, text); ++number) {
+        std::istringstream line(text);
+        std::string keyword, why;
+        if (!(line >> keyword) || keyword[0] == '#')
+            continue;
+        bool used = false;
+        if (keyword == "role")
+            used = add_role(line, config, why);
+        else if (keyword == "rule")
+            used = add_rule(line, config, why);
+        else if (keyword == "locale" && (line >> keyword) && keyword.size() <= WEXD_LOCALE_NAME_SIZE)
+            used = (config.locales.push_back(keyword), true);
+        else
+            why = "unknown line (role, rule, locale)";
+        if (!used) {
+            error = "line " + std::to_string(number) + ": " + why;
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace wexd_sim

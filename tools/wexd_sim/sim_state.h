@@ -1,0 +1,47 @@
+// What the simulated wexd and registration service remember between
+// requests. Every handler runs under the one lock.
+#ifndef WEXD_SIM_SIM_STATE_H
+#define WEXD_SIM_SIM_STATE_H
+
+#include <wex/wexd_client.h>
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace wexd_sim
+{
+
+struct Bounds {
+    int32_t lower;
+    int32_t upper;
+};
+
+struct SimState {
+    std::mutex lock;
+    intf_table interfaces{};
+    tree_table trees{};
+    wexd_wex_config config{};
+    std::string dynamic_parfile = "/tarn/etc/par/dynamic_1.par";
+    bool cli_locked = false;
+    uint32_t cli_holder = 0;
+    std::vector<wexd_perm_group_entry> roles;
+    std::vector<std::string> locales;
+    std::map<std::string, Bounds> subtypes;
+    uint32_t feature_privilege = 1;
+
+    SimState()
+    {
+        interfaces.last_index = -1;
+        trees.last_index = -1;
+        robust_strncpy(config.switchname, "switch", sizeof config.switchname);
+        config.max_sessions = 32;
+        config.term_width = 80;
+        config.term_length = 24;
+    }
+};
+
+} // namespace wexd_sim
+
+#endif
