@@ -6,7 +6,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
-#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -16,24 +15,21 @@ namespace wex_test
 namespace
 {
 
-// The command that starts the simulator: under the emulator when the tests
-// run under one.
-std::vector<std::string> sim_command(const std::string &args)
+// The command that starts a program: under the emulator when the tests run
+// under one.
+std::vector<std::string> command_of(const std::string &program, const std::vector<std::string> &args)
 {
     std::vector<std::string> command;
     const std::string emulator = WEX_TEST_EMULATOR;
     if (!emulator.empty())
         command.push_back(emulator);
-    command.push_back(WEXD_SIM_PATH);
-    std::istringstream words(args);
-    for (std::string word; words >> word;)
-        command.push_back(word);
+    command.push_back(program);
+    command.insert(command.end(), args.begin(), args.end());
     return command;
 }
 
-pid_t spawn(const std::string &dir, const std::string &args, int out_fd, int err_fd)
+pid_t spawn(const std::vector<std::string> &command, const std::string &dir, int out_fd, int err_fd)
 {
-    const std::vector<std::string> command = sim_command(args);
     const pid_t pid = fork();
     if (pid != 0)
         return pid;
@@ -82,18 +78,18 @@ SimProcess::SimProcess(const std::string &role_config)
 {
     char pattern[] = "/tmp/wexd-sim-test-XXXXXX";
     dir_ = mkdtemp(pattern);
-    std::string args;
+    std::vector<std::string> args;
     if (!role_config.empty()) {
         const std::string path = dir_ + "/roles.conf";
         FILE *file = std::fopen(path.c_str(), "w");
         std::fputs(role_config.c_str(), file);
         std::fclose(file);
-        args = "--config " + path;
+        args = {"--config", path};
     }
     int fds[2];
     if (pipe(fds) != 0)
         return;
-    pid_ = spawn(dir_, args, fds[1], STDERR_FILENO);
+    pid_ = spawn(command_of(WEXD_SIM_PATH, args), dir_, fds[1], STDERR_FILENO);
     close(fds[1]);
     out_fd_ = fds[0];
     // Up to ten seconds (the emulated build starts slowly) for the line
@@ -136,19 +132,36 @@ std::string SimProcess::log()
     return log_;
 }
 
-int run_sim(const std::string &runtime_dir, const std::string &args, std::string *err)
+ToolRun run_tool(const std::string &program, const std::vector<std::string> &args,
+                 const std::string &runtime_dir)
 {
-    int fds[2];
-    if (pipe(fds) != 0)
-        return -1;
-    const int null_out = open("/dev/null", O_WRONLY);
-    const pid_t pid = spawn(runtime_dir, args, null_out, fds[1]);
-    close(fds[1]);
-    close(null_out);
-    const int status = wait_exit(pid);
-    *err = read_available(fds[0], 0);
-    close(fds[0]);
-    return status;
+    int out[2], err[2];
+    if (pipe(out) != 0 || pipe(err) != 0)
+        return {-1, "", "no pipe"};
+    const pid_t pid = spawn(command_of(program, args), runtime_dir, out[1], err[1]);
+    close(out[1]);
+    close(err[1]);
+    ToolRun run{-1, "", ""};
+    // Read while it runs: a tool that writes more than a pipe holds must not
+    // stall. Five seconds at most, in steps of at least 10 ms.
+    for (int i = 0; i < 500 && run.status == -1; ++i) {
+        run.out += read_available(out[0], 5);
+        run.err += read_available(err[0], 5);
+        int status = 0;
+        if (waitpid(pid, &status, WNOHANG) == pid)
+            run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        else
+            usleep(10 * 1000);
+    }
+    if (run.status == -1) {
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+    }
+    run.out += read_available(out[0], 0);
+    run.err += read_available(err[0], 0);
+    close(out[0]);
+    close(err[0]);
+    return run;
 }
 
 } // namespace wex_test

@@ -4,6 +4,7 @@
 #define WEX_TEST_SIM_PROCESS_H
 
 #include <string>
+#include <vector>
 #include <sys/types.h>
 
 namespace wex_test
@@ -39,9 +40,17 @@ class SimProcess
     int exit_status_ = -1;
 };
 
-// Runs wexd-sim with the arguments in the runtime directory and returns its
-// exit status and standard error (for starts that must fail).
-int run_sim(const std::string &runtime_dir, const std::string &args, std::string *err);
+// How a tool's run ended and what it wrote.
+struct ToolRun {
+    int status; // exit status, 128 + signal, or -1 when it did not end in five seconds
+    std::string out;
+    std::string err;
+};
+
+// Runs a program (under the emulator when the tests run under one) with
+// the arguments, the transport's runtime directory set to runtime_dir.
+ToolRun run_tool(const std::string &program, const std::vector<std::string> &args,
+                 const std::string &runtime_dir);
 
 } // namespace wex_test
 

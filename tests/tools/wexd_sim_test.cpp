@@ -204,10 +204,10 @@ TEST_F(WexdSimTest, MalformedRequestsAreRefusedAndServingGoesOn)
     EXPECT_EQ(wexd_switchname_set(q_, "still-here"), 0);
 
     // A second simulator finds the queues taken and says so.
-    std::string err;
-    EXPECT_EQ(wex_test::run_sim(sim_.runtime_dir(), "", &err), 1);
-    EXPECT_NE(err.find("is another wexd running?"), std::string::npos) << err;
-    EXPECT_EQ(wex_test::run_sim(sim_.runtime_dir(), "--bogus", &err), 2);
+    const auto second = wex_test::run_tool(WEXD_SIM_PATH, {}, sim_.runtime_dir());
+    EXPECT_EQ(second.status, 1);
+    EXPECT_NE(second.err.find("is another wexd running?"), std::string::npos) << second.err;
+    EXPECT_EQ(wex_test::run_tool(WEXD_SIM_PATH, {"--bogus"}, sim_.runtime_dir()).status, 2);
 }
 
 } // namespace

@@ -1,0 +1,190 @@
+// wexctl on crafted .par images, on configuration files, and against
+// wexd-sim: what it reports and how it exits, never a crash.
+#include "tools/sim_process.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+using wex_test::run_tool;
+using wex_test::ToolRun;
+
+namespace
+{
+
+// An image in network order: nodes named "n<i>", children added by hand.
+class Image
+{
+  public:
+    explicit Image(uint32_t nodes) : bytes_(nodes * 1000u, 0)
+    {
+        for (uint32_t i = 0; i < nodes; ++i) {
+            const std::string name = "n" + std::to_string(i);
+            std::copy(name.begin(), name.end(), bytes_.begin() + i * 1000);
+        }
+    }
+    Image &child(uint32_t parent, uint32_t child, bool link = false)
+    {
+        uint8_t *node = &bytes_[parent * 1000];
+        const uint32_t position = be16(node + 566);
+        put_be16(node + 568 + 2 * position, child);
+        if (link)
+            node[952 + position / 8] |= static_cast<uint8_t>(1u << (position % 8));
+        put_be16(node + 566, position + 1);
+        return *this;
+    }
+    Image &set16(uint32_t node, uint32_t offset, uint32_t value)
+    {
+        put_be16(&bytes_[node * 1000 + offset], value);
+        return *this;
+    }
+    std::string write(const std::string &name, std::size_t keep = SIZE_MAX) const
+    {
+        const std::string path = std::string(WEX_TEST_SANDBOX) + "/" + name;
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char *>(bytes_.data()),
+                   static_cast<std::streamsize>(std::min(keep, bytes_.size())));
+        return path;
+    }
+
+  private:
+    static uint32_t be16(const uint8_t *at) { return static_cast<uint32_t>(at[0] << 8 | at[1]); }
+    static void put_be16(uint8_t *at, uint32_t value)
+    {
+        at[0] = static_cast<uint8_t>(value >> 8);
+        at[1] = static_cast<uint8_t>(value);
+    }
+    std::vector<uint8_t> bytes_;
+};
+
+ToolRun wexctl(const std::vector<std::string> &args, const std::string &runtime_dir = "/nonexistent")
+{
+    return run_tool(WEXCTL_PATH, args, runtime_dir);
+}
+
+Image chain(uint32_t length)
+{
+    Image image(length);
+    for (uint32_t i = 0; i + 1 < length; ++i)
+        image.child(i, i + 1);
+    return image;
+}
+
+TEST(Wexctl, ParCheckReportsEachBadImageWithItsNode)
+{
+    const std::string good = Image(3).child(0, 1).child(0, 2).child(2, 0, true).write("good.par");
+    ToolRun run = wexctl({"par", "check", good});
+    EXPECT_EQ(run.status, 1) << run.out; // node 2 links back to the start: a loop
+    EXPECT_NE(run.out.find("node 0: a loop through links comes back here"), std::string::npos) << run.out;
+
+    const std::string fine = Image(3).child(0, 1).child(1, 2).child(0, 2, true).write("fine.par");
+    run = wexctl({"par", "check", fine});
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(run.out, fine + ": 3 nodes, valid from node 0\n");
+
+    const struct {
+        const char *what;
+        std::string path;
+        std::string report;
+    } bad[] = {
+        {"child past the end", Image(3).child(0, 7).write("past.par"),
+         "node 0: child 0 is node 7, past the image's 3 nodes"},
+        {"count of 193", Image(2).set16(1, 566, 193).write("count.par"),
+         "node 1: child_count 193 (at most 192)"},
+        {"three parameters", Image(2).set16(0, 562, 3).write("params.par"),
+         "node 0: param_count 3 (at most 2)"},
+        {"two parents", Image(3).child(0, 2).child(1, 2).write("parents.par"),
+         "node 2: non-link child of both node 0 and node 1"},
+        {"link loop", Image(2).child(0, 1).child(1, 1, true).write("loop.par"),
+         "node 1: a loop through links"},
+        {"chain of 40", chain(40).write("chain.par"), "more than 30 levels below node 0"},
+        {"truncated", Image(2).write("cut.par", 1500), "size 1500 is not a whole number of 1000-byte nodes"},
+        {"empty", Image(1).write("empty.par", 0), "size 0 is not a whole number"},
+    };
+    for (const auto &b : bad) {
+        run = wexctl({"par", "check", b.path});
+        EXPECT_EQ(run.status, 1) << b.what << "\n" << run.out << run.err;
+        EXPECT_NE(run.out.find(b.report), std::string::npos) << b.what << "\n" << run.out;
+        run = wexctl({"par", "dump", b.path});
+        EXPECT_LT(run.status, 2) << b.what << "\n"
+                                 << run.err; // a report, never a crash or the walks' own exit
+        EXPECT_EQ(run.out.find("Error: Cycle"), std::string::npos) << b.what;
+    }
+    EXPECT_EQ(wexctl({"par", "check", "/no/such.par"}).status, 2);
+    EXPECT_EQ(wexctl({"par", "check", fine, "--node", "9"}).status, 1);
+    EXPECT_EQ(wexctl({"par", "check"}).status, 2);
+}
+
+TEST(Wexctl, ParDumpPrintsTheTreeAndDiffComparesConfigurations)
+{
+    const std::string fine = Image(3).child(0, 1).child(1, 2).child(0, 2, true).write("dump.par");
+    ToolRun run = wexctl({"par", "dump", fine});
+    EXPECT_EQ(run.status, 0) << run.err;
+    for (const char *name : {"n0", "n1", "n2", "<Link> Nodename:n2"})
+        EXPECT_NE(run.out.find(name), std::string::npos) << name << "\n" << run.out;
+    run = wexctl({"par", "dump", fine, "--node", "1"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out.find("NodeName:n0"), std::string::npos) << run.out;
+
+    const std::string old_cfg = std::string(WEX_TEST_SANDBOX) + "/old.cfg";
+    const std::string new_cfg = std::string(WEX_TEST_SANDBOX) + "/new.cfg";
+    std::ofstream(old_cfg) << "interface fc1/1\n  shutdown\nvsan database\n";
+    std::ofstream(new_cfg) << "vsan database\ninterface fc1/1\n  no shutdown\n";
+    run = wexctl({"diff", old_cfg, new_cfg});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.out.find("    -  shutdown"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("    +  no shutdown"), std::string::npos) << run.out;
+    EXPECT_EQ(wexctl({"diff", old_cfg, old_cfg}).status, 0);
+    EXPECT_EQ(wexctl({"diff", old_cfg}).status, 2);
+
+    for (const std::vector<std::string> &help : {std::vector<std::string>{"--help"},
+                                                 {"par", "check", "--help"},
+                                                 {"par", "dump", "--help"},
+                                                 {"diff", "--help"},
+                                                 {"iftable", "--help"},
+                                                 {"trees", "--help"},
+                                                 {"lock", "--help"},
+                                                 {"unlock", "--help"},
+                                                 {"role", "--help"},
+                                                 {"config", "--help"}}) {
+        run = wexctl(help);
+        EXPECT_EQ(run.status, 0) << help[0];
+        EXPECT_EQ(run.out.rfind("usage: wexctl", 0), 0u) << help[0] << run.out;
+    }
+    run = wexctl({"frobnicate"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("unknown command 'frobnicate'"), std::string::npos);
+}
+
+TEST(Wexctl, DaemonCommandsAgainstTheSimulator)
+{
+    wex_test::SimProcess sim("role ops Operators\nrule 1 permit show all\n");
+    ASSERT_TRUE(sim.ready());
+    const std::string dir = sim.runtime_dir();
+    EXPECT_EQ(wexctl({"lock", "7"}, dir).out, "locked\n");
+    ToolRun run = wexctl({"lock", "8"}, dir);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "wexctl: locked refused: status 0x40540001\n");
+    EXPECT_EQ(wexctl({"unlock", "8", "--force"}, dir).status, 0);
+    run = wexctl({"role", "show", "ops"}, dir);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "\nRole: ops\n  Description: Operators\n  vsan policy: permit (default)\n"
+                       "  ---------------------------------------------\n"
+                       "  Rule    Type    Command-type      Feature\n"
+                       "  ---------------------------------------------\n"
+                       "    1.   permit      show                   *\n");
+    EXPECT_EQ(wexctl({"role", "show", "nobody"}, dir).status, 1);
+    run = wexctl({"config", "show"}, dir);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.out.find("switch name:        switch\n"), std::string::npos) << run.out;
+    run = wexctl({"iftable"}, dir);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.out.find("Displaying Interface Table"), std::string::npos);
+    EXPECT_EQ(wexctl({"trees"}, dir).status, 0);
+    EXPECT_EQ(wexctl({"iftable"}).status, 2); // no wexd there
+}
+
+} // namespace
