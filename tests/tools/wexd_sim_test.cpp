@@ -15,6 +15,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 using wex_test::SimProcess;
@@ -84,6 +85,9 @@ TEST_F(WexdSimTest, InterfacesTreesAndSubtypesAreKept)
     EXPECT_EQ(wex_add_cmd_file(q_, "zone.cmd"), 0);
     EXPECT_EQ(wex_deregister_parse_tree(q_, "zone"), 0);
     EXPECT_EQ(wex_register_parse_tree_standby(q_, "zone"), 0);
+    EXPECT_EQ(wex_deregister_parse_tree_standby(q_, "zone"), 0);
+    EXPECT_EQ(wex_add_cmd_file(q_, "old.cmd"), 0);
+    EXPECT_EQ(wex_rem_cmd_file(q_, "old.cmd"), 0);
     tree_table *trees = nullptr;
     ASSERT_EQ(wexd_tree_table_get(q_, &trees), 0);
     ASSERT_EQ(trees->last_index, 0);
@@ -111,6 +115,12 @@ TEST_F(WexdSimTest, InterfacesTreesAndSubtypesAreKept)
     EXPECT_EQ(wex_get_feature_privilege(q_), 1);
     EXPECT_EQ(wex_notify_cfg_update(q_, 1, 2, 3), 0);
     EXPECT_EQ(wex_announce_logout_warning(q_, 60), 0);
+    EXPECT_EQ(wex_announce_abs_timeout(q_, 30), 0);
+    EXPECT_EQ(wex_config_change_notify(q_), 0);
+    auto record = std::make_unique<pinfo>();
+    std::memset(record.get(), 0, sizeof *record);
+    record->ipcq_q = q_;
+    EXPECT_EQ(wex_api_notify_cfg_change(record.get()), 0);
     EXPECT_EQ(omx_pa_state_query(q_), 0);
     EXPECT_EQ(interface_count(q_), 1);
 
@@ -143,6 +153,10 @@ TEST_F(WexdSimTest, LockHasOneHolderAndSettingsAreStored)
 
     EXPECT_EQ(wexd_switchname_set(q_, "edge-7"), 0);
     EXPECT_EQ(wexd_term_set_length(q_, 40), 0);
+    EXPECT_EQ(wexd_term_set_width(q_, 132), 0);
+    wexd_wex_config alternate{};
+    alternate.session_timeout_alt = 15;
+    EXPECT_EQ(wexd_wex_configuration_set(q_, &alternate, WEX_OPC_SESSION_TIMEOUT_ALT_SET, 0, "", ""), 0);
     EXPECT_EQ(wexd_session_timeout_set(q_, 30, 1), 0);
     EXPECT_EQ(wexd_max_wex_sessions_set(q_, 9, 0), 0);
     wexd_wex_config *config = nullptr;
@@ -151,6 +165,8 @@ TEST_F(WexdSimTest, LockHasOneHolderAndSettingsAreStored)
     EXPECT_EQ(config->term_length, 40u);
     EXPECT_EQ(config->session_timeout, 30u);
     EXPECT_EQ(config->max_sessions, 9u);
+    EXPECT_EQ(config->term_width, 132u);
+    EXPECT_EQ(config->session_timeout_alt, 15u);
     std::free(config);
     wexd_wex_config info{};
     ASSERT_EQ(wexd_wex_config_info_get(q_, &info), 0);
