@@ -96,6 +96,15 @@ int request_response(int q, const BcpCall &call, const void *request, uint32_t *
                         call.timeout);
 }
 
+int read_reply(int q, const BcpCall &call, void **reply, uint32_t *len)
+{
+    *len = 0;
+    const int result = request_response(q, call, nullptr, len, reply);
+    if (!*reply)
+        *len = 0;
+    return result;
+}
+
 int32_t verify_name(int q, const BcpCall &call, std::span<const std::byte> record, int32_t unknown_status)
 {
     void *reply = nullptr;

@@ -96,6 +96,11 @@ int synchronous_request(int q, uint32_t opcode, std::span<std::byte> out, std::s
 int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply,
                      const char *text1 = "", const char *text2 = "");
 
+// A read without request payload: *reply receives the reply (the caller's
+// to free; NULL when there is none) and *len its length (0 when there is
+// none). Returns the bcp_req_resp result.
+int read_reply(int q, const BcpCall &call, void **reply, uint32_t *len);
+
 // A name verification (roles, locales): asks wexd about the record that
 // names it and releases the reply unread. 0 when wexd knows the name, -1
 // otherwise; a failure other than unknown_status prints "Error in

@@ -58,8 +58,7 @@ int32_t send_range(int32_t q, const char *name, int32_t lower, int32_t upper) no
 // read leaves the caller no reply.
 int32_t read_table(int32_t q, const frame::BcpCall &call, void **reply, uint32_t *len) noexcept
 {
-    *len = 0;
-    const int32_t result = frame::request_response(q, call, nullptr, len, reply);
+    const int32_t result = frame::read_reply(q, call, reply, len);
     if (result != 0) {
         std::free(*reply);
         *reply = nullptr;

@@ -26,14 +26,11 @@ template <typename Set> int32_t write_setting(int32_t q, uint32_t opcode, uint32
 }
 
 // A read without request payload whose reply is handed on.
-int read_reply(int32_t q, const frame::BcpCall &call, wex::MallocPtr<void> &reply, uint32_t &len) noexcept
+int read_owned(int32_t q, const frame::BcpCall &call, wex::MallocPtr<void> &reply, uint32_t &len) noexcept
 {
     void *payload = nullptr;
-    len = 0;
-    const int result = frame::request_response(q, call, nullptr, &len, &payload);
+    const int result = frame::read_reply(q, call, &payload, &len);
     reply.reset(payload);
-    if (!payload)
-        len = 0;
     return result;
 }
 
@@ -102,7 +99,7 @@ WEX_API int32_t wexd_wex_configuration_get(int32_t q, wexd_wex_config **reply) n
     uint32_t len = 0;
     // A reply shorter than the record would be read past its end by the
     // caller: it is no record.
-    if (read_reply(q, frame::kConfigGet, payload, len) < 0 || len < sizeof(wexd_wex_config))
+    if (read_owned(q, frame::kConfigGet, payload, len) < 0 || len < sizeof(wexd_wex_config))
         return -1;
     *reply = static_cast<wexd_wex_config *>(payload.release());
     return 0;
@@ -128,7 +125,7 @@ WEX_API int32_t wexd_wex_dynamic_parfile_name_get(int32_t q, char *name) noexcep
         return -1;
     wex::MallocPtr<void> payload;
     uint32_t len = 0;
-    if (read_reply(q, frame::kDynamicParfileNameGet, payload, len) < 0 || !payload)
+    if (read_owned(q, frame::kDynamicParfileNameGet, payload, len) < 0 || !payload)
         return -1;
     // A name cut to the destination would name another file: a reply whose
     // text does not end within the reply and within 64 bytes is refused.

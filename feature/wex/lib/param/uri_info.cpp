@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 namespace
@@ -106,16 +107,14 @@ WEX_API int32_t wex_uri_info_copy(uri_info *dst, const uri_info *src) noexcept
 {
     if (!dst || !src)
         return -1;
-    // src may be dst; its texts are read within their fields.
-    const uri_info s = *src;
-    char scheme[sizeof s.scheme], user[sizeof s.user], password[sizeof s.password];
-    char server[sizeof s.server], path[sizeof s.path];
-    robust_strncpy(scheme, s.scheme, sizeof scheme);
-    robust_strncpy(user, s.user, sizeof user);
-    robust_strncpy(password, s.password, sizeof password);
-    robust_strncpy(server, s.server, sizeof server);
-    robust_strncpy(path, s.path, sizeof path);
-    return wex_uri_info_populate(dst, scheme, user, password, "", server, s.port, path);
+    // src may be dst, and its texts may fill their fields: a terminated
+    // copy is read instead.
+    uri_info s = *src;
+    for (std::span<char> field :
+         {std::span<char>(s.scheme), std::span<char>(s.user), std::span<char>(s.password),
+          std::span<char>(s.server), std::span<char>(s.path)})
+        field.back() = '\0';
+    return wex_uri_info_populate(dst, s.scheme, s.user, s.password, "", s.server, s.port, s.path);
 }
 
 WEX_API int32_t wex_uri_info_print(const uri_info *info) noexcept
