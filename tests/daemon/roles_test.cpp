@@ -1,11 +1,11 @@
-// Roles: the built-in tables, lookups and record builders, the name
-// verification and the role query, observed through the recording transport.
+// Roles: built-in groups, lookups, record builders, verification by
+// context, the gathering of every role, and their text forms.
+#include <wex/output.h>
 #include <wex/wexd_client.h>
 
 #include "common/alloc_hook.h"
-#include "daemon/wire_bytes.h"
 #include "fakes/transport_fake.h"
-#include "fakes/transport_test.h"
+#include "support/bytes.h"
 #include "support/capture.h"
 
 #include <gtest/gtest.h>
@@ -13,74 +13,42 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <string>
 
+using wex_fake::Answer;
 using wex_fake::Bytes;
-using wex_fake::fails;
 using wex_fake::replies;
 using wex_fake::transport;
 using wex_test::capture_stdout;
-using wex_test::put_text;
+using wex_test::Image;
 
 namespace
 {
 
-constexpr int32_t kRoleUnknown = 0x40540009;
-
-class RolesTest : public wex_fake::TransportTest
+wexd_perm_group_conf_entry rule(int32_t type, int32_t cmd, const char *feature, int32_t all,
+                                int32_t absent = 0)
 {
-  protected:
-    void SetUp() override
-    {
-        TransportTest::SetUp();
-        unsetenv("WARDEN_KEL_ID");
-    }
-    void TearDown() override
-    {
-        unsetenv("WARDEN_KEL_ID");
-        TransportTest::TearDown();
-    }
-};
-
-// A role request record as init leaves it, with the name and query kind.
-Bytes request_bytes(uint32_t query_kind, const std::string &name)
-{
-    Bytes bytes = wex_test::zeros(2352);
-    wex_test::put_u32(bytes, 0, query_kind);
-    put_text(bytes, 8, name);
-    wex_test::put_u32(bytes, 172, 512);
-    wex_test::put_u32(bytes, 888, 512);
-    return bytes;
+    wexd_perm_group_conf_entry r;
+    std::memset(&r, 0x77, sizeof r);
+    wexd_perm_group_conf_entry_populate(&r, type, cmd, feature, all);
+    r.absent = absent;
+    return r;
 }
 
-// A role reply: its length, with a role name at bytes 4 to 35.
-Bytes role_reply(const std::string &name, std::size_t size)
+TEST(Roles, LookupsMatchTheirCaseRuleAndSkipInvalidSlots)
 {
-    Bytes bytes(size, 0x11);
-    if (size >= 36) {
-        std::fill(bytes.begin() + 4, bytes.begin() + 36, 0);
-        put_text(bytes, 4, name);
-    }
-    return bytes;
-}
-
-TEST_F(RolesTest, BuiltInTablesAndLookups)
-{
-    ASSERT_EQ(wexd_static_perm_group_table_size, 4u);
+    EXPECT_EQ(wexd_static_perm_group_table_size, 4u);
     EXPECT_STREQ(wexd_static_perm_group_table[3].name, "svc-operator");
-    EXPECT_STREQ(wexd_static_perm_group_table[1].details,
-                 "Access to Show commands and selected Exec commands");
     for (const char *name : {"network-admin", "network-operator", "kel-admin", "kel-operator", "dev-ops"})
         EXPECT_EQ(wex_lib_is_static_role(name), 1) << name;
-    for (const char *name : {"svc-admin", "Network-admin", "dev-ops ", ""})
-        EXPECT_EQ(wex_lib_is_static_role(name), 0) << name;
-    EXPECT_EQ(wex_lib_is_static_role(nullptr), 0);
-    EXPECT_EQ(wexd_static_perm_group_locate_entry_by_name(wexd_static_perm_group_table, 4, "svc-operator"),
-              4);
-    EXPECT_EQ(wexd_static_perm_group_locate_entry_by_name(wexd_static_perm_group_table, 4, "SVC-operator"),
-              -1);
-    EXPECT_EQ(wexd_static_perm_group_locate_entry_by_name(wexd_static_perm_group_table, 0, "network-admin"),
-              -1);
+    for (const char *name :
+         {"svc-admin", "Network-admin", "dev-ops ", "", static_cast<const char *>(nullptr)})
+        EXPECT_EQ(wex_lib_is_static_role(name), 0) << (name ? name : "null");
+    const auto *fixed = wexd_static_perm_group_table;
+    EXPECT_EQ(wexd_static_perm_group_locate_entry_by_name(fixed, 4, "svc-operator"), 4);
+    EXPECT_EQ(wexd_static_perm_group_locate_entry_by_name(fixed, 4, "SVC-operator"), -1);
+    EXPECT_EQ(wexd_static_perm_group_locate_entry_by_name(fixed, 0, "network-admin"), -1);
 
     wexd_perm_group_entry roles[4];
     std::memset(roles, 0, sizeof roles);
@@ -91,81 +59,63 @@ TEST_F(RolesTest, BuiltInTablesAndLookups)
     const uint32_t valid[] = {1, 0, 2, 1};
     for (int i = 0; i < 4; ++i)
         roles[i].valid = valid[i];
-    EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 4, std::string(32, 'A').c_str()), 1);
-    EXPECT_EQ(wexd_perm_group_locate_case_sensitive_entry_by_name(roles, 4, std::string(32, 'a').c_str()), 1);
-    EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 4, std::string(31, 'a').c_str()), -1);
+    const std::string a32(32, 'a'), A32(32, 'A');
+    EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 4, A32.c_str()), 1);
+    EXPECT_EQ(wexd_perm_group_locate_case_sensitive_entry_by_name(roles, 4, a32.c_str()), 1);
+    EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 4, a32.substr(1).c_str()), -1);
     EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 4, "gammarole"), 3);
     EXPECT_EQ(wexd_perm_group_locate_case_sensitive_entry_by_name(roles, 4, "gammarole"), -1);
-    EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 4, "beta"), 4); // the invalid slot is skipped
+    EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 4, "beta"), 4);
     EXPECT_EQ(wexd_perm_group_locate_entry_by_name(roles, 3, "beta"), -1);
-
-    EXPECT_EQ(wexd_perm_group_next_role_num_get(roles, 0, 4), 1);
-    EXPECT_EQ(wexd_perm_group_next_role_num_get(roles, 1, 4), 4); // valid flag 2 is not a role of the walk
-    EXPECT_EQ(wexd_perm_group_next_role_num_get(roles, 4, 4), -1);
-    EXPECT_EQ(wexd_perm_group_next_role_num_get(roles, -1, 4), -1);
+    const int32_t next[][2] = {{0, 1}, {1, 4}, {4, -1}, {-1, -1}}; // valid flag 2 is no role of the walk
+    for (const auto &n : next)
+        EXPECT_EQ(wexd_perm_group_next_role_num_get(roles, n[0], 4), n[1]) << n[0];
 
     for (int i = 0; i < WEXD_ROLE_MAX_RULES; ++i)
         roles[0].rules[i].absent = i == 3;
-    roles[0].rule_count = 4;
-    EXPECT_EQ(wexd_perm_group_max_rule_id_get(&roles[0]), 3);
-    roles[0].rule_count = 40; // damaged: held to the 16 slots
-    EXPECT_EQ(wexd_perm_group_max_rule_id_get(&roles[0]), 16);
-    roles[0].rule_count = 0;
-    EXPECT_EQ(wexd_perm_group_max_rule_id_get(&roles[0]), 0);
+    const int32_t max_rule[][2] = {{4, 3}, {40, 16}, {0, 0}}; // a damaged count is held to the 16 slots
+    for (const auto &m : max_rule) {
+        roles[0].rule_count = m[0];
+        EXPECT_EQ(wexd_perm_group_max_rule_id_get(&roles[0]), m[1]) << m[0];
+    }
     EXPECT_EQ(wexd_perm_group_next_rule_id_get(), -1);
     EXPECT_EQ(wexd_perm_group_table_get(), nullptr);
 }
 
-TEST_F(RolesTest, RecordBuilders)
+TEST(Roles, RecordBuildersFillTheirDocumentedBytes)
 {
-    wexd_perm_group_conf_entry rule, copy;
-    std::memset(&rule, 0x77, sizeof rule);
-    rule.absent = 7;
-    ASSERT_EQ(wexd_perm_group_conf_entry_populate(&rule, 2, 5, nullptr, 1), 0);
-    EXPECT_EQ(rule.rule_type, 2);
-    EXPECT_EQ(rule.cmd_type, 5);
-    EXPECT_STREQ(rule.feature, "");
-    EXPECT_EQ(rule.all_features, 1);
-    EXPECT_EQ(rule.absent, 7);
-    wexd_perm_group_conf_entry_populate(&rule, 1, 4, std::string(40, 'f').c_str(), 0);
-    EXPECT_EQ(std::string(rule.feature), std::string(31, 'f'));
+    wexd_perm_group_conf_entry r = rule(1, 4, std::string(40, 'f').c_str(), 0, 7);
+    EXPECT_EQ(wex_test::bytes_of(r),
+              Bytes(Image(48).le(0, 1).le(4, 4).text(8, std::string(31, 'f')).le(44, 7)));
+    wexd_perm_group_conf_entry copy;
     copy.absent = 0;
-    ASSERT_EQ(wexd_perm_group_conf_entry_copy(&copy, &rule), 0);
-    EXPECT_EQ(std::memcmp(&copy, &rule, offsetof(wexd_perm_group_conf_entry, absent)), 0);
-    EXPECT_EQ(copy.absent, 0);
+    ASSERT_EQ(wexd_perm_group_conf_entry_copy(&copy, &r), 0);
+    EXPECT_EQ(wex_test::bytes_of(copy), Bytes(Image(48).le(0, 1).le(4, 4).text(8, std::string(31, 'f'))));
     EXPECT_EQ(wexd_perm_group_conf_entry_copy(&copy, nullptr), -1);
     EXPECT_EQ(wexd_perm_group_conf_entry_populate(nullptr, 1, 1, "", 0), -1);
 
     wexd_perm_group_conf_cli_wrapper request;
     std::memset(&request, 0xFF, sizeof request);
     wexd_perm_group_conf_cli_wrapper_init(&request);
-    EXPECT_EQ(wex_test::bytes_of_record(request), request_bytes(0, ""));
+    EXPECT_EQ(wex_test::bytes_of(request), Bytes(Image(2352).le(172, 512).le(888, 512)));
     wexd_role_comp_group_conf_cli_wrapper comp;
     std::memset(&comp, 0xFF, sizeof comp);
     wexd_role_comp_group_conf_cli_wrapper_init(&comp);
-    EXPECT_EQ(wex_test::bytes_of_record(comp), wex_test::zeros(76));
+    EXPECT_EQ(wex_test::bytes_of(comp), Bytes(76, 0));
 
     wexd_role_rule_entry_msg msg;
-    uint8_t raw[129];
-    for (int i = 0; i < 129; ++i)
-        raw[i] = static_cast<uint8_t>(i + 1);
-    ASSERT_EQ(wexd_role_rule_entry_msg_populate(&msg, 1, 2, 3, 21, raw), 0);
-    Bytes expected = wex_test::words_then_zeros({1, 2, 3, 21}, 148);
-    std::copy(raw, raw + 129, expected.begin() + 16);
-    EXPECT_EQ(wex_test::bytes_of_record(msg), expected);
-    wexd_role_rule_entry_msg_populate(&msg, 4, 5, 6, 3, std::string(200, 't').c_str());
-    expected = wex_test::words_then_zeros({4, 5, 6, 3}, 148);
-    put_text(expected, 16, std::string(128, 't'));
-    EXPECT_EQ(wex_test::bytes_of_record(msg), expected);
+    ASSERT_EQ(wexd_role_rule_entry_msg_populate(&msg, 4, 5, 6, 3, std::string(200, 't').c_str()), 0);
+    EXPECT_EQ(wex_test::bytes_of(msg),
+              Bytes(Image(148).le(0, 4).le(4, 5).le(8, 6).le(12, 3).text(16, std::string(128, 't'))));
     wexd_role_rule_entry_msg_populate(&msg, 0, 0, 0, 3, nullptr);
-    EXPECT_EQ(wex_test::bytes_of_record(msg), wex_test::words_then_zeros({0, 0, 0, 3}, 148));
+    EXPECT_EQ(wex_test::bytes_of(msg), Bytes(Image(148).le(12, 3)));
 }
 
-TEST_F(RolesTest, BuiltInNamesAreVerifiedByContextWithoutARequest)
+TEST(Roles, BuiltInNamesAreVerifiedByContextWithoutARequest)
 {
+    transport().reset();
     const struct {
-        const char *context;
-        const char *name;
+        const char *context, *name;
         uint32_t msg_type;
         int32_t result;
     } cases[] = {
@@ -175,162 +125,241 @@ TEST_F(RolesTest, BuiltInNamesAreVerifiedByContextWithoutARequest)
         {nullptr, "network-admin", 2, -1}, {nullptr, "ops", 3, -1},          {nullptr, nullptr, 1, -1},
     };
     for (const auto &c : cases) {
-        if (c.context)
-            setenv("WARDEN_KEL_ID", c.context, 1);
-        else
-            unsetenv("WARDEN_KEL_ID");
+        c.context ? setenv("WARDEN_KEL_ID", c.context, 1) : unsetenv("WARDEN_KEL_ID");
         EXPECT_EQ(wexd_perm_group_role_name_verify2(9, c.name, c.msg_type), c.result)
             << (c.context ? c.context : "unset") << " " << (c.name ? c.name : "null") << " " << c.msg_type;
     }
-    EXPECT_TRUE(transport().calls().empty());
+    unsetenv("WARDEN_KEL_ID");
+    EXPECT_TRUE(transport().lines().empty());
 }
 
-TEST_F(RolesTest, ConfiguredNamesAreAskedOfWexd)
+// A role reply of size bytes naming a role at bytes 4 to 35.
+Bytes role_reply(const std::string &name, std::size_t size)
 {
-    transport().script("bcp_req_resp", replies(Bytes{1, 2, 3}));
-    EXPECT_EQ(wexd_perm_group_role_name_verify2(9, "ops", 5), 0);
-    transport().script("bcp_req_resp", wex_fake::Answer{kRoleUnknown, 0, std::nullopt});
-    transport().script("bcp_req_resp", fails(ETIME));
-    transport().script("bcp_req_resp", wex_fake::Answer{0x40540001, 0, std::nullopt});
-    EXPECT_EQ(capture_stdout([] {
-                  EXPECT_EQ(wexd_perm_group_role_name_verify(9, std::string(40, 'r').c_str()), -1);
-                  EXPECT_EQ(wexd_perm_group_role_name_verify(9, "ops"), -1);
-                  EXPECT_EQ(wexd_perm_group_role_name_verify(9, "ops"), -1);
-              }),
-              "Error in communicating with process\nError in communicating with process\n");
-
-    const auto calls = transport().calls_of("bcp_req_resp");
-    ASSERT_EQ(calls.size(), 4u);
-    EXPECT_EQ(calls[0].payload, request_bytes(0, "ops"));
-    EXPECT_EQ(calls[1].payload, request_bytes(0, std::string(32, 'r')));
-    const uint32_t types[] = {5, 1, 1, 1};
-    for (std::size_t i = 0; i < calls.size(); ++i) {
-        EXPECT_EQ(calls[i].opcode, 914u);
-        EXPECT_EQ(calls[i].msg_type, types[i]);
-        EXPECT_EQ(calls[i].dest_queue, 37u);
-        EXPECT_EQ(calls[i].timeout, 10u);
-        EXPECT_EQ(calls[i].length, 2352u);
-        EXPECT_TRUE(calls[i].handle_given);
-        EXPECT_EQ(calls[i].q, 9);
-    }
+    Image reply(size, 0x11);
+    if (size >= 36)
+        reply.text(4, std::string(32, '\0')).text(4, name);
+    return reply;
 }
 
-TEST_F(RolesTest, OneRoleQueryHandsOverTheReply)
+Bytes role_request(uint32_t kind, std::string_view name)
 {
-    transport().script("bcp_req_resp", replies(Bytes{7, 8, 9}));
-    void *buf = nullptr;
-    uint32_t len = 0;
-    ASSERT_EQ(wexd_role_info_get(3, 1, 7, "ops", &buf, &len), 0);
-    ASSERT_EQ(len, 3u);
-    EXPECT_EQ(Bytes(static_cast<uint8_t *>(buf), static_cast<uint8_t *>(buf) + 3), (Bytes{7, 8, 9}));
-    std::free(buf);
-    // WEXD_ROLE_QUERY_ALL with a name asks for that role alone.
-    EXPECT_EQ(wexd_role_info_get(3, 5, 8195, "ops", &buf, &len), 0);
-    EXPECT_EQ(len, 0u);
-    EXPECT_EQ(buf, nullptr);
-
-    const auto calls = transport().calls_of("bcp_req_resp");
-    ASSERT_EQ(calls.size(), 2u);
-    EXPECT_EQ(calls[0].opcode, 912u);
-    EXPECT_EQ(calls[0].msg_type, 1u);
-    EXPECT_EQ(calls[0].timeout, 10u);
-    EXPECT_EQ(calls[0].payload, request_bytes(7, "ops"));
-    EXPECT_EQ(calls[1].msg_type, 5u);
-    EXPECT_EQ(calls[1].payload, request_bytes(8195, "ops"));
-
-    void *untouched = &len;
-    transport().script("bcp_req_resp", fails(EIO));
-    EXPECT_EQ(wexd_role_info_get(3, 1, 7, "ops", &untouched, &len), 51);
-    transport().script("bcp_req_resp", wex_fake::Answer{kRoleUnknown, 0, Bytes{1}});
-    EXPECT_EQ(wexd_role_info_get(3, 1, 7, "ops", &untouched, &len), kRoleUnknown);
-    EXPECT_EQ(untouched, &len);
-    EXPECT_EQ(wexd_role_info_get(3, 1, 7, "ops", nullptr, &len), -1);
+    return Image(2352).le(0, kind).text(8, name).le(172, 512).le(888, 512);
 }
 
-struct WalkResult {
+struct Walk {
     int32_t result;
     Bytes gathered;
-    uint32_t len;
     std::string out;
 };
 
-WalkResult walk(uint32_t msg_type, const std::vector<wex_fake::Answer> &answers)
+Walk walk(uint32_t msg_type, const std::vector<Answer> &answers)
 {
+    transport().reset();
     for (const auto &answer : answers)
-        transport().script("bcp_req_resp", answer);
-    WalkResult walk{};
-    void *buf = &walk;
-    walk.out = capture_stdout(
-        [&] { walk.result = wexd_role_info_get(3, msg_type, 8195, nullptr, &buf, &walk.len); });
-    if (buf != &walk) {
-        walk.gathered.assign(static_cast<uint8_t *>(buf), static_cast<uint8_t *>(buf) + walk.len);
+        transport().script("req_resp", answer);
+    Walk w{};
+    void *buf = &w;
+    uint32_t len = 0;
+    w.out = capture_stdout([&] { w.result = wexd_role_info_get(3, msg_type, 8195, nullptr, &buf, &len); });
+    if (buf != &w) {
+        w.gathered.assign(static_cast<uint8_t *>(buf), static_cast<uint8_t *>(buf) + len);
         std::free(buf);
     }
-    return walk;
+    return w;
 }
 
-Bytes joined(const Bytes &a, const Bytes &b)
+Bytes joined(Bytes a, const Bytes &b)
 {
-    Bytes both = a;
-    both.insert(both.end(), b.begin(), b.end());
-    return both;
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
 }
 
-TEST_F(RolesTest, AllRolesAreGatheredOneReplyAfterAnother)
+std::string rr(int type)
 {
-    const Bytes alpha = role_reply("alpha", 40), beta = role_reply("beta", 36);
-    WalkResult w = walk(5, {replies(alpha), replies(beta), wex_fake::Answer{}});
+    return "req_resp q3 37 op912 type" + std::to_string(type) + " len2352 t10 \"\" \"\" +msg";
+}
+
+TEST(Roles, AllRolesAreGatheredOneReplyAfterAnother)
+{
+    const Bytes alpha = role_reply("alpha", 40), beta = role_reply("beta", 36), tail(10, 0x22);
+    Walk w = walk(5, {replies(alpha), replies(beta), Answer{}});
     EXPECT_EQ(w.result, 0);
     EXPECT_EQ(w.gathered, joined(alpha, beta));
-    EXPECT_EQ(w.out, "");
-    auto calls = transport().calls_of("bcp_req_resp");
-    ASSERT_EQ(calls.size(), 3u);
-    const char *names[] = {"", "alpha", "beta"};
-    const uint32_t types[] = {5, 6, 6};
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(calls[i].payload, request_bytes(8195, names[i]));
-        EXPECT_EQ(calls[i].msg_type, types[i]);
-        EXPECT_EQ(calls[i].opcode, 912u);
-    }
+    EXPECT_EQ(transport().lines(), (wex_fake::Lines{rr(5), rr(6), rr(6)}));
+    EXPECT_EQ(transport().payloads(), (std::vector<Bytes>{role_request(8195, ""), role_request(8195, "alpha"),
+                                                          role_request(8195, "beta")}));
 
-    transport().reset();
-    w = walk(1, {replies(alpha), replies(Bytes(10, 0x22))});
-    EXPECT_EQ(w.result, 0); // a reply too short to name a role is kept and ends the walk
-    EXPECT_EQ(w.gathered, joined(alpha, Bytes(10, 0x22)));
-    calls = transport().calls_of("bcp_req_resp");
-    ASSERT_EQ(calls.size(), 2u);
-    EXPECT_EQ(calls[1].msg_type, 2u);
+    w = walk(1, {replies(alpha), replies(tail)}); // too short to name a role: kept, and the walk ends
+    EXPECT_EQ(w.result, 0);
+    EXPECT_EQ(w.gathered, joined(alpha, tail));
+    EXPECT_EQ(transport().lines(), (wex_fake::Lines{rr(1), rr(2)}));
 
-    transport().reset();
-    w = walk(1, {replies(alpha), fails(ETIME)});
+    w = walk(1, {replies(alpha), wex_fake::fails(ETIME)});
     EXPECT_EQ(w.result, 51);
-    EXPECT_TRUE(w.gathered.empty()); // no buffer handed out
-    transport().reset();
-    w = walk(1, {wex_fake::Answer{0x40540001, 0, std::nullopt}});
+    EXPECT_TRUE(w.gathered.empty());
+    w = walk(1, {wex_fake::status(0x40540001)});
     EXPECT_EQ(w.result, 0x40540001);
     EXPECT_TRUE(w.gathered.empty());
 
-    // No room to gather into: nothing is asked and nothing handed out.
+    const Bytes big = role_reply("big", 1024 * 1024 - 40), fits = role_reply("fits", 40);
+    w = walk(1, {replies(big), replies(fits), replies(role_reply("over", 36))});
+    EXPECT_EQ(w.result, 0);
+    EXPECT_EQ(w.gathered, joined(big, fits)); // stops before the reply that would pass one mebibyte
+    EXPECT_EQ(w.out, "Warning: the output may not have all the roles\n");
+    EXPECT_EQ(transport().lines().size(), 3u);
+
     transport().reset();
     void *untouched = &w;
     uint32_t len = 0;
-    wex::alloc_hook::arm(1);
-    const int32_t result = wexd_role_info_get(3, 1, 8195, nullptr, &untouched, &len);
+    wex::alloc_hook::arm(1); // no room to gather into: nothing is asked
+    EXPECT_EQ(wexd_role_info_get(3, 1, 8195, nullptr, &untouched, &len), 51);
     wex::alloc_hook::arm(0);
-    EXPECT_EQ(result, 51);
     EXPECT_EQ(untouched, &w);
-    EXPECT_TRUE(transport().calls().empty());
+    EXPECT_TRUE(transport().lines().empty());
 }
 
-TEST_F(RolesTest, GatheringStopsBeforeTheReplyThatWouldPassOneMebibyte)
+// What fn prints through wex_buf_printf, taken from the capture buffer.
+std::string captured(const std::function<void()> &fn)
 {
-    const Bytes big = role_reply("big", 1024 * 1024 - 40), fits = role_reply("fits", 40);
-    WalkResult w = walk(1, {replies(big), replies(fits), replies(role_reply("over", 36))});
-    EXPECT_EQ(w.result, 0);
-    EXPECT_EQ(w.len, 1024u * 1024u);
-    EXPECT_EQ(w.gathered, joined(big, fits));
-    EXPECT_EQ(w.out, "Warning: the output may not have all the roles\n");
-    EXPECT_EQ(transport().calls_of("bcp_req_resp").size(), 3u);
+    wex_set_redir2buf();
+    fn();
+    char *buf = wex_get_buf();
+    wex_reset_redir2buf();
+    std::string text = buf ? buf : "";
+    std::free(buf);
+    return text;
+}
+
+TEST(Roles, RuleWordsAndLines)
+{
+    const struct {
+        int32_t code;
+        const char *rule_word, *command_word;
+    } words[] = {{0, "xyz", "xyz"},  {1, "permit", "clear"}, {2, "deny", "config"}, {3, "xyz", "debug"},
+                 {4, "xyz", "show"}, {5, "xyz", "exec"},     {6, "xyz", "xyz"},     {-1, "xyz", "xyz"}};
+    for (const auto &w : words) {
+        char rule_word[8] = "xyz", command_word[8] = "xyz";
+        EXPECT_EQ(wexd_perm_group_rule_type_str_get(rule_word, w.code), 0);
+        EXPECT_EQ(wexd_perm_group_command_type_str_get(command_word, w.code), 0);
+        EXPECT_EQ(std::string(rule_word) + "/" + command_word,
+                  std::string(w.rule_word) + "/" + w.command_word)
+            << w.code;
+    }
+    EXPECT_EQ(wexd_perm_group_rule_type_str_get(nullptr, 1), -1);
+
+    wexd_perm_group_conf_entry permit_show = rule(1, 4, nullptr, 0);
+    std::memset(permit_show.feature, 'f', sizeof permit_show.feature); // no terminator
+    const struct {
+        wexd_perm_group_conf_entry rule;
+        int32_t id;
+        std::string line;
+    } lines[] = {
+        {rule(2, 5, "ignored", 1), 3, "rule 3 deny exec "},
+        {permit_show, -12, "rule -12 permit show feature " + std::string(32, 'f')},
+        {rule(9, 9, "x", 0), 1, "rule 1   feature x"},
+    };
+    for (const auto &l : lines) {
+        char line[WEXD_RULE_CLI_STR_SIZE];
+        ASSERT_EQ(wexd_perm_group_conf_entry_cli_str_get(line, &l.rule, l.id), 0);
+        EXPECT_EQ(line, l.line);
+    }
+    char line[WEXD_RULE_CLI_STR_SIZE];
+    EXPECT_EQ(wexd_perm_group_conf_entry_cli_str_get(line, nullptr, 1), -1);
+    EXPECT_EQ(captured([&] {
+                  EXPECT_EQ(wexd_perm_group_conf_entry_cli_show(&lines[0].rule, 3), 0);
+                  const wexd_perm_group_conf_entry config = rule(1, 2, "zone", 0);
+                  wexd_perm_group_conf_entry_cli_show(&config, 10);
+                  EXPECT_EQ(wexd_perm_group_conf_entry_cli_show(nullptr, 1), -1);
+              }),
+              "    3.     deny      exec                   *\n"
+              "   10.   permit    config                zone\n");
+}
+
+// "ops": rule 1 permit show for all features, slot 2 empty, rule 3 deny
+// config for the feature "zone".
+wexd_perm_group_entry ops_role(const char *description, int32_t rule_count = 3)
+{
+    wexd_perm_group_entry role;
+    std::memset(&role, 0, sizeof role);
+    std::strcpy(role.name, "ops");
+    std::strcpy(role.description, description);
+    role.rules[0] = rule(1, 4, nullptr, 1);
+    role.rules[1] = rule(0, 0, nullptr, 0, 1);
+    role.rules[2] = rule(2, 2, "zone", 0);
+    role.rule_count = rule_count;
+    role.valid = 1;
+    return role;
+}
+
+TEST(Roles, RoleShowListsPolicyAndRules)
+{
+    vsan_mask restricted{};
+    restricted.len = WEX_VSAN_MASK_BYTES;
+    restricted.bits[0] = 0x7C; // ids 1 to 5
+    vsan_mask everything = restricted;
+    std::memset(everything.bits, 0xFF, sizeof everything.bits);
+    const wexd_perm_group_entry ops = ops_role("Operators"), bare = ops_role("", 0);
+    EXPECT_EQ(captured([&] {
+                  wexd_perm_group_entry_cli_show(&ops, &restricted);
+                  wexd_perm_group_entry_cli_show(&bare, &everything);
+                  wexd_perm_group_entry_cli_show(nullptr, nullptr);
+              }),
+              "\nRole: ops\n  Description: Operators\n  vsan policy: deny\n  Permitted vsans: 1-5\n\n"
+              "  ---------------------------------------------\n"
+              "  Rule    Type    Command-type      Feature\n"
+              "  ---------------------------------------------\n"
+              "    1.   permit      show                   *\n"
+              "    3.     deny    config                zone\n"
+              "\nRole: ops\n  vsan policy: permit (default)\n");
+
+    wexd_static_perm_group_entry plain{};
+    std::strcpy(plain.name, "plain");
+    wexd_perm_group_conf_cli_wrapper request;
+    wexd_perm_group_conf_cli_wrapper_init(&request);
+    request.no_flag = 1;
+    std::strcpy(request.name, "ops");
+    EXPECT_EQ(
+        capture_stdout([&] {
+            wexd_static_perm_group_entry_cli_show(&wexd_static_perm_group_table[0]);
+            wexd_static_perm_group_entry_cli_show(&plain);
+            wexd_perm_group_conf_cli_wrapper_show(&request);
+            wexd_perm_group_entry_show(&ops);
+        }),
+        "\nRole: network-admin\nDescription: Predefined Network Admin group. This role cannot be modified\n"
+        "Access to all the switch commands\n"
+        "\nRole: plain\n"
+        "No flag:1 Role name:ops "
+        "\nRole name:ops description:Operators\n"
+        "0. Rule type:1 Cmd type:4 Feature: All_feature:1 \n"
+        "2. Rule type:2 Cmd type:2 Feature:zone All_feature:0 \n");
+}
+
+TEST(Roles, ChangeTextsOfRoleOpcodes)
+{
+    wexd_perm_group_conf_cli_wrapper request;
+    wexd_perm_group_conf_cli_wrapper_init(&request);
+    std::strcpy(request.name, "ops");
+    std::strcpy(request.description, "Operators");
+    const struct {
+        uint32_t opcode, no_flag;
+        std::string text;
+    } cases[] = {
+        {913, 1, "Deleted description for role ops"},
+        {913, 0, "Configured description for role ops to be Operators"},
+        {919, 1, "Deleted role name ops"},
+        {919, 0, "Created role name ops"},
+    };
+    for (const auto &c : cases) {
+        char text[WEXD_ROLE_CHANGE_STR_SIZE];
+        request.no_flag = c.no_flag;
+        EXPECT_EQ(wexd_perm_group_wrapper_cli_str_get(text, c.opcode, &request),
+                  static_cast<int32_t>(c.text.size()));
+        EXPECT_EQ(text, c.text);
+    }
+    char untouched[8] = "same";
+    EXPECT_EQ(wexd_perm_group_wrapper_cli_str_get(untouched, 914, &request), 914);
+    EXPECT_STREQ(untouched, "same");
 }
 
 } // namespace

@@ -3,7 +3,10 @@
 #include "bcp.h"
 #include "ipcq.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -18,51 +21,44 @@ namespace wex_fake
 
 void Transport::reset()
 {
-    calls_.clear();
-    scripted_.clear();
-    live_messages_ = 0;
-    token_ = 0x7000;
+    *this = Transport{};
 }
 
 void Transport::script(const std::string &function, Answer answer)
 {
-    scripted_.emplace_back(function, answer);
+    scripted_.emplace_back(function, std::move(answer));
 }
 
-std::vector<std::string> Transport::call_names() const
+Lines Transport::lines() const
 {
-    std::vector<std::string> names;
+    Lines lines;
     for (const Call &call : calls_)
-        names.push_back(call.function);
-    return names;
+        lines.push_back(call.line);
+    return lines;
 }
 
-std::vector<Call> Transport::calls_of(const std::string &function) const
+std::vector<Bytes> Transport::payloads() const
 {
-    std::vector<Call> matching;
-    for (const Call &call : calls_) {
-        if (call.function == function)
-            matching.push_back(call);
+    std::vector<Bytes> payloads;
+    for (const Call &call : calls_)
+        if (!call.payload.empty())
+            payloads.push_back(call.payload);
+    return payloads;
+}
+
+Answer Transport::record(std::string line, Bytes payload)
+{
+    const std::string function = line.substr(0, line.find(' '));
+    calls_.push_back({std::move(line), std::move(payload)});
+    const auto scripted = std::find_if(scripted_.begin(), scripted_.end(),
+                                       [&](const auto &entry) { return entry.first == function; });
+    Answer answer;
+    if (scripted != scripted_.end()) {
+        answer = scripted->second;
+        scripted_.erase(scripted);
     }
-    return matching;
-}
-
-Call &Transport::record(Call call)
-{
-    calls_.push_back(std::move(call));
-    return calls_.back();
-}
-
-Answer Transport::answer(const std::string &function)
-{
-    for (auto it = scripted_.begin(); it != scripted_.end(); ++it) {
-        if (it->first == function) {
-            Answer answer = it->second;
-            scripted_.erase(it);
-            return answer;
-        }
-    }
-    return Answer{};
+    errno = answer.error;
+    return answer;
 }
 
 Transport &transport()
@@ -78,8 +74,17 @@ namespace
 
 using wex_fake::Answer;
 using wex_fake::Bytes;
-using wex_fake::Call;
 using wex_fake::transport;
+
+__attribute__((format(printf, 1, 2))) std::string format(const char *pattern, ...)
+{
+    char text[256];
+    va_list args;
+    va_start(args, pattern);
+    std::vsnprintf(text, sizeof text, pattern, args);
+    va_end(args);
+    return text;
+}
 
 Bytes copy_bytes(const void *data, std::size_t size)
 {
@@ -87,9 +92,38 @@ Bytes copy_bytes(const void *data, std::size_t size)
     return data ? Bytes(bytes, bytes + size) : Bytes{};
 }
 
-template <typename Record> std::optional<Bytes> copy_record(const Record *record)
+// True when any byte of the record outside its named fields is set.
+bool has_junk(const uint8_t *bytes, std::size_t from, std::size_t to)
 {
-    return record ? std::optional<Bytes>(copy_bytes(record, sizeof *record)) : std::nullopt;
+    return std::any_of(bytes + from, bytes + to, [](uint8_t b) { return b != 0; });
+}
+
+std::string send_options(const ipcq_send_options_t *o)
+{
+    if (!o)
+        return "";
+    const auto *raw = reinterpret_cast<const uint8_t *>(o);
+    const bool junk = has_junk(raw, 4, 35) || has_junk(raw, 36, sizeof *o);
+    return format(" opts(v%u%s%s)", o->version, o->standby ? " standby" : "", junk ? " junk" : "");
+}
+
+std::string recv_options(const ipcq_recv_options_t *o)
+{
+    if (!o)
+        return "";
+    const bool junk = has_junk(o->reserved, 0, sizeof o->reserved);
+    return format(" opts(v%u f%u t%u tok%X%s)", o->version, o->flags, o->timeout_s, o->rr_token,
+                  junk ? " junk" : "");
+}
+
+std::string texts(const char *text1, const char *text2)
+{
+    return format(" \"%s\" \"%s\"", text1 ? text1 : "<null>", text2 ? text2 : "<null>");
+}
+
+const char *handle(const void *given)
+{
+    return given ? " +msg" : "";
 }
 
 void *malloc_copy(const Bytes &bytes)
@@ -101,52 +135,21 @@ void *malloc_copy(const Bytes &bytes)
     return block;
 }
 
-// Puts a new message into *msg, releasing what it held.
-void hand_out(ipcq_msg_handle_t *msg, std::optional<Bytes> payload)
+void drop_message(ipcq_msg_handle_t *msg)
 {
     if (*msg) {
         delete *msg;
+        *msg = nullptr;
         transport().message_dropped();
     }
+}
+
+// Puts a new message into *msg, releasing what it held.
+void hand_out(ipcq_msg_handle_t *msg, std::optional<Bytes> payload)
+{
+    drop_message(msg);
     *msg = new ipcq_msg{transport().next_token(), std::move(payload)};
     transport().message_created();
-}
-
-// Records the call, then answers it: errno and the scripted result.
-Answer recorded(Call call)
-{
-    const std::string function = call.function;
-    transport().record(std::move(call));
-    Answer answer = transport().answer(function);
-    errno = answer.error;
-    return answer;
-}
-
-Call new_call(const char *function, int q = 0)
-{
-    Call call;
-    call.function = function;
-    call.q = q;
-    return call;
-}
-
-// A call that names a destination: a send or a request.
-Call addressed_call(const char *function, int q, uint32_t address, uint32_t dest_queue, uint32_t opcode,
-                    uint32_t msg_type = 0)
-{
-    Call call = new_call(function, q);
-    call.address = address;
-    call.dest_queue = dest_queue;
-    call.opcode = opcode;
-    call.msg_type = msg_type;
-    return call;
-}
-
-Call handle_call(const char *function, const ipcq_msg_handle_t *msg)
-{
-    Call call = new_call(function);
-    call.handle_given = msg != nullptr;
-    return call;
 }
 
 const ipcq_msg *message_of(const ipcq_msg_handle_t *msg)
@@ -160,14 +163,10 @@ extern "C" int ipcq_send(int q, uint32_t dest_address, uint32_t dest_queue, uint
                          const void *payload, uint32_t len, ipcq_msg_handle_t *msg, uint32_t flags,
                          const ipcq_send_options_t *options)
 {
-    Call call = addressed_call("ipcq_send", q, dest_address, dest_queue, opcode);
-    call.flags = flags;
-    call.length = len;
-    call.payload = copy_bytes(payload, len);
-    call.payload_null = payload == nullptr;
-    call.options = copy_record(options);
-    call.handle_given = msg != nullptr;
-    const Answer answer = recorded(std::move(call));
+    const Answer answer = transport().record(
+        format("send q%d %X:%u op%u len%u flags%u", q, dest_address, dest_queue, opcode, len, flags) +
+            send_options(options) + handle(msg),
+        copy_bytes(payload, len));
     if (msg && answer.result >= 0)
         hand_out(msg, std::nullopt);
     return answer.result;
@@ -175,38 +174,30 @@ extern "C" int ipcq_send(int q, uint32_t dest_address, uint32_t dest_queue, uint
 
 extern "C" int ipcq_recv(int q, ipcq_msg_handle_t *msg, const ipcq_recv_options_t *options)
 {
-    Call call = handle_call("ipcq_recv", msg);
-    call.q = q;
-    call.options = copy_record(options);
-    const Answer answer = recorded(std::move(call));
+    const Answer answer = transport().record(format("recv q%d", q) + recv_options(options));
     if (msg && answer.result >= 0)
         hand_out(msg, answer.reply);
     return answer.result;
 }
 
-extern "C" int ipcq_drop(int q, ipcq_msg_handle_t *msg)
+extern "C" int ipcq_drop(int, ipcq_msg_handle_t *msg)
 {
-    Call call = handle_call("ipcq_drop", msg);
-    call.q = q;
-    const Answer answer = recorded(std::move(call));
-    if (msg && *msg) {
-        delete *msg;
-        *msg = nullptr;
-        transport().message_dropped();
-    }
+    const Answer answer = transport().record("drop");
+    if (msg)
+        drop_message(msg);
     return answer.result;
 }
 
 extern "C" uint32_t ipcq_rr_token_get(const ipcq_msg_handle_t *msg)
 {
-    recorded(handle_call("ipcq_rr_token_get", msg));
+    transport().record("token");
     const ipcq_msg *message = message_of(msg);
     return message ? message->token : 0;
 }
 
 extern "C" void *ipcq_payload_get(const ipcq_msg_handle_t *msg)
 {
-    recorded(handle_call("ipcq_payload_get", msg));
+    transport().record("payload");
     const ipcq_msg *message = message_of(msg);
     if (!message || !message->payload || message->payload->empty())
         return nullptr;
@@ -215,29 +206,25 @@ extern "C" void *ipcq_payload_get(const ipcq_msg_handle_t *msg)
 
 extern "C" uint32_t ipcq_payload_size(const ipcq_msg_handle_t *msg)
 {
-    recorded(handle_call("ipcq_payload_size", msg));
+    transport().record("size");
     const ipcq_msg *message = message_of(msg);
     return message && message->payload ? static_cast<uint32_t>(message->payload->size()) : 0;
 }
 
 extern "C" int ipcq_errno_get(int q)
 {
-    return recorded(new_call("ipcq_errno_get", q)).result;
+    return transport().record(format("errno q%d", q)).result;
 }
 
 extern "C" int bcp_req_resp(uint32_t opcode, uint32_t msg_type, const void *req, void **reply, uint32_t *len,
                             const char *text1, const char *text2, uint32_t dest_queue, int q,
                             uint32_t timeout_s)
 {
-    Call call = addressed_call("bcp_req_resp", q, 0, dest_queue, opcode, msg_type);
-    call.timeout = timeout_s;
-    call.length = len ? *len : 0;
-    call.payload = copy_bytes(req, call.length);
-    call.payload_null = req == nullptr;
-    call.handle_given = reply != nullptr;
-    call.text1 = text1 ? text1 : "<null>";
-    call.text2 = text2 ? text2 : "<null>";
-    const Answer answer = recorded(std::move(call));
+    const uint32_t req_len = len ? *len : 0;
+    const Answer answer = transport().record(
+        format("req_resp q%d %u op%u type%u len%u t%u", q, dest_queue, opcode, msg_type, req_len, timeout_s) +
+            texts(text1, text2) + handle(reply),
+        copy_bytes(req, req_len));
     if (answer.result >= 0 && len) {
         const Bytes payload = answer.reply.value_or(Bytes{});
         *len = static_cast<uint32_t>(payload.size());
@@ -251,22 +238,18 @@ extern "C" int bcp_send_request(uint32_t opcode, uint32_t msg_type, const void *
                                 const char *text1, const char *text2, uint32_t dest_address,
                                 uint32_t dest_queue, int q, ipcq_msg_handle_t *msg)
 {
-    Call call = addressed_call("bcp_send_request", q, dest_address, dest_queue, opcode, msg_type);
-    call.length = len;
-    call.payload = copy_bytes(req, len);
-    call.payload_null = req == nullptr;
-    call.handle_given = msg != nullptr;
-    call.text1 = text1 ? text1 : "<null>";
-    call.text2 = text2 ? text2 : "<null>";
-    const Answer answer = recorded(std::move(call));
+    const Answer answer = transport().record(format("send_request q%d %X:%u op%u type%u len%u", q,
+                                                    dest_address, dest_queue, opcode, msg_type, len) +
+                                                 texts(text1, text2) + handle(msg),
+                                             copy_bytes(req, len));
     if (msg && answer.result >= 0)
         hand_out(msg, std::nullopt);
     return answer.result;
 }
 
-extern "C" int bcp_parse_response(const ipcq_msg_handle_t *msg, void **payload, uint32_t *len)
+extern "C" int bcp_parse_response(const ipcq_msg_handle_t *, void **payload, uint32_t *len)
 {
-    const Answer answer = recorded(handle_call("bcp_parse_response", msg));
+    const Answer answer = transport().record("parse_response");
     if (answer.result >= 0 && payload && len) {
         const Bytes bytes = answer.reply.value_or(Bytes{});
         *payload = malloc_copy(bytes);
