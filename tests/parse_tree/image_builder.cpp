@@ -6,12 +6,12 @@
 namespace wex_test
 {
 
-Image::Image(std::size_t count) : nodes(count)
+Tree::Tree(std::size_t count) : nodes(count)
 {
     std::memset(nodes.data(), 0, count * sizeof(parse_tree_node));
 }
 
-void Image::add_child(uint32_t parent, uint16_t child, bool link)
+void Tree::add_child(uint32_t parent, uint16_t child, bool link)
 {
     parse_tree_node &p = nodes[parent];
     const unsigned position = p.child_count++;
@@ -20,9 +20,9 @@ void Image::add_child(uint32_t parent, uint16_t child, bool link)
         p.childlist_mask[position / 8] |= static_cast<uint8_t>(1u << (position % 8));
 }
 
-Image make_chain(std::size_t count)
+Tree make_chain(std::size_t count)
 {
-    Image image(count);
+    Tree image(count);
     for (std::size_t i = 0; i < count; ++i) {
         std::snprintf(image[i].NodeName, sizeof image[i].NodeName, "n%zu", i);
         if (i + 1 < count)

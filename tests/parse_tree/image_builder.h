@@ -10,10 +10,10 @@
 namespace wex_test
 {
 
-struct Image {
+struct Tree {
     std::vector<parse_tree_node> nodes;
 
-    explicit Image(std::size_t count);
+    explicit Tree(std::size_t count);
     uint8_t *bytes() { return reinterpret_cast<uint8_t *>(nodes.data()); }
     parse_tree_node &operator[](std::size_t i) { return nodes[i]; }
 
@@ -22,7 +22,7 @@ struct Image {
 };
 
 // Nodes 0 .. count - 1, each the only (ordinary) child of the one before.
-Image make_chain(std::size_t count);
+Tree make_chain(std::size_t count);
 
 } // namespace wex_test
 
