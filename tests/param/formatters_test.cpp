@@ -46,8 +46,8 @@ const uint32_t kFc13 = IF_INDEX_MAKE(1, 1, 3);
 const uint32_t kPortChannel5 = IF_INDEX_MAKE(2, 0, 5);
 const uint32_t kUnknownInterface = IF_INDEX_MAKE(99, 0, 1);
 
+// Each formatter's text, and the same text printed by its printer.
 struct Pair {
-    const char *what;
     std::function<char *()> to_str;
     std::function<void()> print;
     std::string text;
@@ -58,74 +58,54 @@ TEST(Formatters, EachPairGivesTheTextOfItsFormat)
     const uint8_t hex_bytes[] = {0xab, 0x01};
     const integer_range range{1, 10}, negative_range{0xFFFFFFFF, 0x80000000};
     const community comm{100, 200};
-    const uint32_t ip = htonl(0x0A010203), ip_zero = 0, ip_ones = 0xFFFFFFFF;
+    const uint32_t ip = htonl(0x0A010203), ip_ones = 0xFFFFFFFF;
     type_net net{};
     net.head = 0x49;
     net.pairs[1] = 0x01;
     net.words[0] = 0x1921;
     net.words[1] = 0x6800;
     net.words[2] = 0x1001;
-    const type_lid lid{{1, 2, 3}, {4, 5}};
-    const type_lid lid_max{{0xffff, 0xabcd, 0}, {99, 255}};
-
+    const type_lid lid{{1, 2, 3}, {4, 5}}, lid_max{{0xffff, 0xabcd, 0}, {99, 255}};
+    // clang-format off
     const Pair pairs[] = {
-        {"int 0", [] { return print_integer_to_str(0); }, [] { print_integer(0); }, "0"},
-        {"int min", [] { return print_integer_to_str(INT_MIN); }, [] { print_integer(INT_MIN); },
-         "-2147483648"},
-        {"intx 0", [] { return print_intx_to_str(0); }, [] { print_intx(0); }, "0x0"},
-        {"intx abc", [] { return print_intx_to_str(0xABC); }, [] { print_intx(0xABC); }, "0xabc"},
-        {"intx ones", [] { return print_intx_to_str(~0u); }, [] { print_intx(~0u); }, "0xffffffff"},
-        {"u64 ones", [] { return print_u_long_long_to_str(~0ull); }, [] { print_u_long_long(~0ull); }, "-1"},
-        {"u64 top", [] { return print_u_long_long_to_str(1ull << 63); },
-         [] { print_u_long_long(1ull << 63); }, "-9223372036854775808"},
-        {"range", [&] { return print_integer_range_to_str(&range); }, [&] { print_integer_range(&range); },
-         "1 - 10"},
-        {"range signed", [&] { return print_integer_range_to_str(&negative_range); },
-         [&] { print_integer_range(&negative_range); }, "-1 - -2147483648"},
-        {"community", [&] { return print_community_to_str(&comm); }, [&] { print_community(&comm); },
-         "100:200"},
-        {"hex", [&] { return print_hex_to_str(hex_bytes, 2); }, [&] { print_hex(hex_bytes, 2); }, "0xab01"},
-        {"hex none", [&] { return print_hex_to_str(hex_bytes, 0); }, [&] { print_hex(hex_bytes, 0); }, "0x"},
-        {"hex negative", [&] { return print_hex_to_str(hex_bytes, -4); }, [&] { print_hex(hex_bytes, -4); },
-         "0x"},
-        {"ip", [&] { return print_ip_to_str(&ip); }, [&] { print_ip(&ip); }, "10.1.2.3"},
-        {"ip zero", [&] { return print_ip_to_str(&ip_zero); }, [&] { print_ip(&ip_zero); }, "0.0.0.0"},
-        {"ip ones", [&] { return print_ip_to_str(&ip_ones); }, [&] { print_ip(&ip_ones); },
-         "255.255.255.255"},
-        {"ipv4", [] { return print_ipv4_to_str(&kNet10); }, [] { print_ipv4(&kNet10); }, "10.1.2.0"},
-        {"ipv6 ::", [] { return print_ipv6_to_str(&kZero); }, [] { print_ipv6(&kZero); }, "::"},
-        {"ipv6 doc", [] { return print_ipv6_to_str(&kDoc); }, [] { print_ipv6(&kDoc); }, "2001:db8::1"},
-        {"ipv6 full", [] { return print_ipv6_to_str(&kAllOnes); }, [] { print_ipv6(&kAllOnes); },
-         "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
-        {"inet v4", [] { return print_inet_addr_to_str(&kNet10); }, [] { print_inet_addr(&kNet10); },
-         "10.1.2.0"},
-        {"inet v6", [] { return print_inet_addr_to_str(&kNet10AsSix); },
-         [] { print_inet_addr(&kNet10AsSix); }, "a01:200::"},
-        {"v4 prefix", [] { return print_ipv4_prefix_to_str(&kNet10); }, [] { print_ipv4_prefix(&kNet10); },
-         "10.1.2.0/24"},
-        {"v4 prefix 0", [] { return print_ipv4_prefix_to_str(&kZero); }, [] { print_ipv4_prefix(&kZero); },
-         "0.0.0.0/0"},
-        {"v6 prefix", [] { return print_ipv6_prefix_to_str(&kDoc); }, [] { print_ipv6_prefix(&kDoc); },
-         "2001:db8::1/128"},
-        {"v6 prefix 0", [] { return print_ipv6_prefix_to_str(&kZero); }, [] { print_ipv6_prefix(&kZero); },
-         "::/0"},
-        {"interface", [] { return print_interface_to_str(&kFc13); }, [] { print_interface(&kFc13); },
-         "fc1/3"},
-        {"port-channel", [] { return print_interface_to_str(&kPortChannel5); },
-         [] { print_interface(&kPortChannel5); }, "port-channel 5"},
-        {"unknown interface", [] { return print_interface_to_str(&kUnknownInterface); },
-         [] { print_interface(&kUnknownInterface); }, ""},
-        {"type_net", [&] { return print_type_net_to_str(&net); }, [&] { print_type_net(&net); },
-         "49.0001.0000.0000.0000.0000.0000.1921.6800.1001.00"},
-        {"type_lid", [&] { return print_type_lid_to_str(&lid); }, [&] { print_type_lid(&lid); },
-         "0001.0002.0003.04-05"},
-        {"type_lid wide", [&] { return print_type_lid_to_str(&lid_max); }, [&] { print_type_lid(&lid_max); },
-         "ffff.abcd.0000.99-255"},
+        {[] { return print_integer_to_str(INT_MIN); }, [] { print_integer(INT_MIN); }, "-2147483648"},
+        {[] { return print_intx_to_str(0); }, [] { print_intx(0); }, "0x0"},
+        {[] { return print_intx_to_str(~0u); }, [] { print_intx(~0u); }, "0xffffffff"},
+        {[] { return print_u_long_long_to_str(~0ull); }, [] { print_u_long_long(~0ull); }, "-1"},
+        {[] { return print_u_long_long_to_str(1ull << 63); }, [] { print_u_long_long(1ull << 63); }, "-9223372036854775808"},
+        {[&] { return print_integer_range_to_str(&range); }, [&] { print_integer_range(&range); }, "1 - 10"},
+        {[&] { return print_integer_range_to_str(&negative_range); }, [&] { print_integer_range(&negative_range); }, "-1 - -2147483648"},
+        {[&] { return print_community_to_str(&comm); }, [&] { print_community(&comm); }, "100:200"},
+        {[&] { return print_hex_to_str(hex_bytes, 2); }, [&] { print_hex(hex_bytes, 2); }, "0xab01"},
+        {[&] { return print_hex_to_str(hex_bytes, -4); }, [&] { print_hex(hex_bytes, -4); }, "0x"},
+        {[&] { return print_ip_to_str(&ip); }, [&] { print_ip(&ip); }, "10.1.2.3"},
+        {[&] { return print_ip_to_str(&ip_ones); }, [&] { print_ip(&ip_ones); }, "255.255.255.255"},
+        {[] { return print_ipv4_to_str(&kNet10); }, [] { print_ipv4(&kNet10); }, "10.1.2.0"},
+        {[] { return print_ipv6_to_str(&kZero); }, [] { print_ipv6(&kZero); }, "::"},
+        {[] { return print_ipv6_to_str(&kDoc); }, [] { print_ipv6(&kDoc); }, "2001:db8::1"},
+        {[] { return print_ipv6_to_str(&kAllOnes); }, [] { print_ipv6(&kAllOnes); }, "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
+        {[] { return print_inet_addr_to_str(&kNet10); }, [] { print_inet_addr(&kNet10); }, "10.1.2.0"},
+        {[] { return print_inet_addr_to_str(&kNet10AsSix); }, [] { print_inet_addr(&kNet10AsSix); }, "a01:200::"},
+        {[] { return print_ipv4_prefix_to_str(&kNet10); }, [] { print_ipv4_prefix(&kNet10); }, "10.1.2.0/24"},
+        {[] { return print_ipv4_prefix_to_str(&kZero); }, [] { print_ipv4_prefix(&kZero); }, "0.0.0.0/0"},
+        {[] { return print_ipv6_prefix_to_str(&kDoc); }, [] { print_ipv6_prefix(&kDoc); }, "2001:db8::1/128"},
+        {[] { return print_ipv6_prefix_to_str(&kZero); }, [] { print_ipv6_prefix(&kZero); }, "::/0"},
+        {[] { return print_interface_to_str(&kFc13); }, [] { print_interface(&kFc13); }, "fc1/3"},
+        {[] { return print_interface_to_str(&kPortChannel5); }, [] { print_interface(&kPortChannel5); }, "port-channel 5"},
+        {[] { return print_interface_to_str(&kUnknownInterface); }, [] { print_interface(&kUnknownInterface); }, ""},
+        {[&] { return print_type_net_to_str(&net); }, [&] { print_type_net(&net); }, "49.0001.0000.0000.0000.0000.0000.1921.6800.1001.00"},
+        {[&] { return print_type_lid_to_str(&lid); }, [&] { print_type_lid(&lid); }, "0001.0002.0003.04-05"},
+        {[&] { return print_type_lid_to_str(&lid_max); }, [&] { print_type_lid(&lid_max); }, "ffff.abcd.0000.99-255"},
     };
+    // clang-format on
+    std::string made, printed, expected;
     for (const Pair &pair : pairs) {
-        EXPECT_EQ(take(pair.to_str()), pair.text) << pair.what;
-        EXPECT_EQ(capture_stdout(pair.print), pair.text) << pair.what;
+        made += take(pair.to_str()) + "\n";
+        printed += capture_stdout(pair.print) + "\n";
+        expected += pair.text + "\n";
     }
+    EXPECT_EQ(made, expected);
+    EXPECT_EQ(printed, expected);
 }
 
 TEST(Formatters, InterfaceRangesJoinTheirEntries)
