@@ -491,6 +491,9 @@ TEST(DaemonRequests, SubtypesRangesAndTrees)
     EXPECT_EQ(observe({{"req_resp", replies(Bytes(sizeof(tree_table) - 1, 0))}}, read_tree_table),
               (Seen{-1, trees}));
     EXPECT_EQ(observe({{"req_resp", fails(ETIME)}}, read_tree_table), (Seen{-1, trees}));
+    EXPECT_EQ(
+        observe([] { return wexd_tree_table_get(2, nullptr) + wexd_param_subtype_table_get(2, nullptr); }),
+        (Seen{-2, {}})); // nowhere to put the reply: nothing is asked
     const Lines generate = {rr("q2 37 op937 type1 len0 t10")};
     const auto generate_main_tree = [] { return wexd_generate_main_tree(2); };
     EXPECT_EQ(observe({{"req_resp", replies(Image(8).le(0, 42))}}, generate_main_tree), (Seen{42, generate}));

@@ -100,6 +100,7 @@ TEST(VsanMask, AllowedIdsRangesAndRestriction)
     EXPECT_EQ(wex_is_vsan_range_allowed(&all, &beyond), 0); // ids past 4095 are never permitted
     EXPECT_EQ(wex_is_vsan_allowed(&all, 4096), 0);
     EXPECT_EQ(wex_is_vsan_allowed(&all, -1), 0);
+    EXPECT_EQ(wex_is_vsan_allowed(&all, 0), 1); // id 0 is a bit of the mask like any other
 
     EXPECT_EQ(wex_is_user_vsan_restricted(&all), 0);
     EXPECT_EQ(wex_is_user_vlan_restricted(&all), 0);
