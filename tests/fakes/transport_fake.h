@@ -62,7 +62,6 @@ class Transport
     // word) that has none left; unscripted calls return 0 and no reply.
     void script(const std::string &function, Answer answer);
 
-    const std::vector<Call> &calls() const { return calls_; }
     Lines lines() const;
     // The payloads of the calls that carried one, in order.
     std::vector<Bytes> payloads() const;
