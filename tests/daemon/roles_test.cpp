@@ -1,24 +1,20 @@
 // Roles: built-in groups, lookups, record builders, verification by
-// context, the gathering of every role, and their text forms.
+// context, and their text forms.
 #include <wex/output.h>
 #include <wex/wexd_client.h>
 
-#include "common/alloc_hook.h"
 #include "fakes/transport_fake.h"
 #include "support/bytes.h"
 #include "support/capture.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
 
-using wex_fake::Answer;
 using wex_fake::Bytes;
-using wex_fake::replies;
 using wex_fake::transport;
 using wex_test::capture_stdout;
 using wex_test::Image;
@@ -130,92 +126,6 @@ TEST(Roles, BuiltInNamesAreVerifiedByContextWithoutARequest)
             << (c.context ? c.context : "unset") << " " << (c.name ? c.name : "null") << " " << c.msg_type;
     }
     unsetenv("WARDEN_KEL_ID");
-    EXPECT_TRUE(transport().lines().empty());
-}
-
-// A role reply of size bytes naming a role at bytes 4 to 35.
-Bytes role_reply(const std::string &name, std::size_t size)
-{
-    Image reply(size, 0x11);
-    if (size >= 36)
-        reply.text(4, std::string(32, '\0')).text(4, name);
-    return reply;
-}
-
-Bytes role_request(uint32_t kind, std::string_view name)
-{
-    return Image(2352).le(0, kind).text(8, name).le(172, 512).le(888, 512);
-}
-
-struct Walk {
-    int32_t result;
-    Bytes gathered;
-    std::string out;
-};
-
-Walk walk(uint32_t msg_type, const std::vector<Answer> &answers)
-{
-    transport().reset();
-    for (const auto &answer : answers)
-        transport().script("req_resp", answer);
-    Walk w{};
-    void *buf = &w;
-    uint32_t len = 0;
-    w.out = capture_stdout([&] { w.result = wexd_role_info_get(3, msg_type, 8195, nullptr, &buf, &len); });
-    if (buf != &w) {
-        w.gathered.assign(static_cast<uint8_t *>(buf), static_cast<uint8_t *>(buf) + len);
-        std::free(buf);
-    }
-    return w;
-}
-
-Bytes joined(Bytes a, const Bytes &b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-std::string rr(int type)
-{
-    return "req_resp q3 37 op912 type" + std::to_string(type) + " len2352 t10 \"\" \"\" +msg";
-}
-
-TEST(Roles, AllRolesAreGatheredOneReplyAfterAnother)
-{
-    const Bytes alpha = role_reply("alpha", 40), beta = role_reply("beta", 36), tail(10, 0x22);
-    Walk w = walk(5, {replies(alpha), replies(beta), Answer{}});
-    EXPECT_EQ(w.result, 0);
-    EXPECT_EQ(w.gathered, joined(alpha, beta));
-    EXPECT_EQ(transport().lines(), (wex_fake::Lines{rr(5), rr(6), rr(6)}));
-    EXPECT_EQ(transport().payloads(), (std::vector<Bytes>{role_request(8195, ""), role_request(8195, "alpha"),
-                                                          role_request(8195, "beta")}));
-
-    w = walk(1, {replies(alpha), replies(tail)}); // too short to name a role: kept, and the walk ends
-    EXPECT_EQ(w.result, 0);
-    EXPECT_EQ(w.gathered, joined(alpha, tail));
-    EXPECT_EQ(transport().lines(), (wex_fake::Lines{rr(1), rr(2)}));
-
-    w = walk(1, {replies(alpha), wex_fake::fails(ETIME)});
-    EXPECT_EQ(w.result, 51);
-    EXPECT_TRUE(w.gathered.empty());
-    w = walk(1, {wex_fake::status(0x40540001)});
-    EXPECT_EQ(w.result, 0x40540001);
-    EXPECT_TRUE(w.gathered.empty());
-
-    const Bytes big = role_reply("big", 1024 * 1024 - 40), fits = role_reply("fits", 40);
-    w = walk(1, {replies(big), replies(fits), replies(role_reply("over", 36))});
-    EXPECT_EQ(w.result, 0);
-    EXPECT_EQ(w.gathered, joined(big, fits)); // stops before the reply that would pass one mebibyte
-    EXPECT_EQ(w.out, "Warning: the output may not have all the roles\n");
-    EXPECT_EQ(transport().lines().size(), 3u);
-
-    transport().reset();
-    void *untouched = &w;
-    uint32_t len = 0;
-    wex::alloc_hook::arm(1); // no room to gather into: nothing is asked
-    EXPECT_EQ(wexd_role_info_get(3, 1, 8195, nullptr, &untouched, &len), 51);
-    wex::alloc_hook::arm(0);
-    EXPECT_EQ(untouched, &w);
     EXPECT_TRUE(transport().lines().empty());
 }
 
