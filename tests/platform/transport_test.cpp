@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -21,50 +20,50 @@
 namespace
 {
 
-constexpr uint32_t kAddress = 0xFE000000;
-constexpr uint32_t kServiceQueue = 37;
-constexpr uint32_t kClientQueue = 1001;
+constexpr uint32_t kAddress = 0xFE000000, kServiceQueue = 37, kClientQueue = 1001;
 
-std::string text_of(const void *bytes, uint32_t len)
+std::string text_of(const ipcq_msg_handle_t *msg)
 {
-    return std::string(static_cast<const char *>(bytes), len);
+    return std::string(static_cast<const char *>(ipcq_payload_get(msg)), ipcq_payload_size(msg));
 }
 
-void *copy_to_malloc(const std::string &text)
+ipcq_recv_options_t reply_to(uint32_t token, uint32_t timeout_s = 5)
 {
-    void *block = std::malloc(text.size() + 1);
-    std::memcpy(block, text.data(), text.size());
-    return block;
+    ipcq_recv_options_t options{};
+    options.version = 1;
+    options.timeout_s = timeout_s;
+    options.rr_token = token;
+    return options;
 }
 
-// bcp route: answers "<type>:<texts>:<payload>" and, for opcode 914, the
-// status of an unknown name.
-void describe_request(void *, const ipcq_request_info_t *request, ipcq_response_t *response)
+// Both routes answer "<type>:<texts>:<payload>", the raw one without texts;
+// opcode 914 also reports the status of an unknown name.
+void describe(void *, const ipcq_request_info_t *request, ipcq_response_t *response)
 {
-    bcp_header_t header;
-    std::memcpy(&header, ipcq_payload_get(request->msg), sizeof header);
-    const std::string text = std::to_string(request->msg_type) + ":" + header.text1 + "," + header.text2 +
-                             ":" + text_of(request->payload, request->len);
-    response->payload = copy_to_malloc(text);
+    std::string text(static_cast<const char *>(request->payload), request->len);
+    if (request->opcode != 905) {
+        bcp_header_t header;
+        std::memcpy(&header, ipcq_payload_get(request->msg), sizeof header);
+        text = std::to_string(request->msg_type) + ":" + header.text1 + "," + header.text2 + ":" + text;
+    }
+    response->payload = std::malloc(text.size() + 1);
+    std::memcpy(response->payload, text.data(), text.size());
     response->len = static_cast<uint32_t>(text.size());
     response->status = request->opcode == 914 ? 0x40540009 : 0;
 }
 
-// Raw route: sends the payload back as it came.
-void echo(void *, const ipcq_request_info_t *request, ipcq_response_t *response)
-{
-    response->payload = std::malloc(request->len ? request->len : 1);
-    std::memcpy(response->payload, request->payload, request->len);
-    response->len = request->len;
-}
-
 volatile sig_atomic_t stop_serving = 0;
-void on_sigterm(int)
+
+int serve_routes(int q)
 {
-    stop_serving = 1;
+    std::signal(SIGTERM, [](int) { stop_serving = 1; });
+    const ipcq_route_t routes[] = {
+        {905, IPCQ_ROUTE_RAW, describe}, {914, IPCQ_ROUTE_BCP, describe}, {916, IPCQ_ROUTE_BCP, describe}};
+    return ipcq_serve(q, routes, 3, nullptr, nullptr, &stop_serving) == 0 ? 0 : 1;
 }
 
-// A service in a child process, opened before the constructor returns.
+// A service in a child process, its queue open before the constructor returns;
+// its exit status is 0 when it saw everything it expected.
 class Service
 {
   public:
@@ -72,12 +71,9 @@ class Service
     {
         int ready[2];
         EXPECT_EQ(pipe(ready), 0);
-        pid_ = fork();
-        if (pid_ == 0) {
-            close(ready[0]);
+        if ((pid_ = fork()) == 0) {
             const int q = ipcq_open(kAddress, kServiceQueue);
-            const char state = q > 0 ? 'y' : 'n';
-            (void)!write(ready[1], &state, 1);
+            (void)!write(ready[1], q > 0 ? "y" : "n", 1);
             _exit(q > 0 ? body(q) : 90);
         }
         close(ready[1]);
@@ -88,43 +84,21 @@ class Service
     }
     ~Service()
     {
-        if (pid_ > 0 && !reaped_) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
+        if (status_ < 0)
+            kill(pid_, SIGKILL), waitpid(pid_, nullptr, 0);
     }
-    // The child's exit status; 0 means it saw everything it expected.
-    int wait_exit()
+    int wait_exit(int signal = 0)
     {
-        int status = 0;
-        waitpid(pid_, &status, 0);
-        reaped_ = true;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
+        if (signal)
+            kill(pid_, signal);
+        waitpid(pid_, &status_, 0);
+        return WIFEXITED(status_) ? WEXITSTATUS(status_) : 100 + WTERMSIG(status_);
     }
-    pid_t pid() const { return pid_; }
 
   private:
     pid_t pid_ = -1;
-    bool reaped_ = false;
+    int status_ = -1;
 };
-
-int serve_routes(int q)
-{
-    std::signal(SIGTERM, on_sigterm);
-    const ipcq_route_t routes[] = {{905, IPCQ_ROUTE_RAW, echo},
-                                   {914, IPCQ_ROUTE_BCP, describe_request},
-                                   {916, IPCQ_ROUTE_BCP, describe_request}};
-    return ipcq_serve(q, routes, 3, nullptr, nullptr, &stop_serving) == 0 ? 0 : 1;
-}
-
-ipcq_recv_options_t reply_options(uint32_t token, uint32_t timeout_s)
-{
-    ipcq_recv_options_t options{};
-    options.version = 1;
-    options.timeout_s = timeout_s;
-    options.rr_token = token;
-    return options;
-}
 
 class TransportTest : public ::testing::Test
 {
@@ -138,7 +112,7 @@ class TransportTest : public ::testing::Test
     void SetUp() override { ASSERT_GT(q_ = ipcq_open(kAddress, kClientQueue), 0); }
     void TearDown() override { ipcq_close(q_); }
 
-    // A request/response exchange; the reply as text, or "<status N>".
+    // A request/response exchange: the reply as text, or "<failed errno>".
     std::string exchange(uint32_t opcode, const std::string &request, int *status = nullptr)
     {
         void *reply = nullptr;
@@ -147,8 +121,25 @@ class TransportTest : public ::testing::Test
             bcp_req_resp(opcode, 1, request.data(), &reply, &len, "alpha", "beta", kServiceQueue, q_, 5);
         if (status)
             *status = result;
-        std::string text = result < 0 ? "<failed " + std::to_string(errno) + ">" : text_of(reply, len);
+        std::string text = result < 0 ? "<failed " + std::to_string(errno) + ">"
+                                      : std::string(static_cast<const char *>(reply), len);
         std::free(reply);
+        return text;
+    }
+    // The synchronous pattern: send, token, drop, receive by token.
+    std::string send_and_take(const std::string &payload)
+    {
+        ipcq_msg_handle_t msg = nullptr;
+        EXPECT_EQ(ipcq_send(q_, kAddress, kServiceQueue, 905, payload.data(),
+                            static_cast<uint32_t>(payload.size()), &msg, 0, nullptr),
+                  0);
+        const ipcq_recv_options_t options = reply_to(ipcq_rr_token_get(&msg), 10);
+        ipcq_drop(q_, &msg);
+        EXPECT_EQ(msg, nullptr);
+        EXPECT_EQ(ipcq_recv(q_, &msg, &options), 0);
+        EXPECT_EQ(ipcq_sender_queue_get(&msg), kServiceQueue);
+        std::string text = text_of(&msg);
+        ipcq_drop(q_, &msg);
         return text;
     }
 
@@ -163,45 +154,34 @@ TEST_F(TransportTest, RequestsAndRepliesPassBetweenProcessesAndThreads)
     EXPECT_EQ(status, 0);
     EXPECT_EQ(exchange(914, "", &status), "1:alpha,beta:");
     EXPECT_EQ(status, 0x40540009);
-
-    // The synchronous pattern: send, token, drop, receive by token.
-    ipcq_msg_handle_t msg = nullptr;
-    ASSERT_EQ(ipcq_send(q_, kAddress, kServiceQueue, 905, "raw", 3, &msg, 0, nullptr), 0);
-    const uint32_t token = ipcq_rr_token_get(&msg);
-    EXPECT_NE(token, 0u);
-    ipcq_drop(q_, &msg);
-    EXPECT_EQ(msg, nullptr);
-    const ipcq_recv_options_t options = reply_options(token, 5);
-    ASSERT_EQ(ipcq_recv(q_, &msg, &options), 0);
-    EXPECT_EQ(text_of(ipcq_payload_get(&msg), ipcq_payload_size(&msg)), "raw");
-    EXPECT_EQ(ipcq_sender_queue_get(&msg), kServiceQueue);
-    ipcq_drop(q_, &msg);
+    EXPECT_EQ(send_and_take("raw"), "raw");
+    std::string mebibyte(1u << 20, '\0');
+    for (size_t i = 0; i < mebibyte.size(); ++i)
+        mebibyte[i] = static_cast<char>(i * 7 + i / 251);
+    EXPECT_TRUE(send_and_take(mebibyte) == mebibyte);
 
     // Threads sharing the queue each get the reply to their own request.
     std::vector<std::thread> threads;
     std::vector<int> mismatches(4, 0);
-    for (int t = 0; t < 4; ++t) {
+    for (int t = 0; t < 4; ++t)
         threads.emplace_back([&, t] {
             for (int i = 0; i < 40; ++i) {
                 const std::string request = std::to_string(t) + "/" + std::to_string(i);
                 mismatches[t] += exchange(916, request) != "1:alpha,beta:" + request;
             }
         });
-    }
     for (auto &thread : threads)
         thread.join();
     EXPECT_EQ(mismatches, std::vector<int>(4, 0));
-
-    kill(service.pid(), SIGTERM);
-    EXPECT_EQ(service.wait_exit(), 0);
+    EXPECT_EQ(service.wait_exit(SIGTERM), 0);
 }
 
-TEST_F(TransportTest, ARequestTakesOnlyItsOwnReply)
+TEST_F(TransportTest, ARequestTakesOnlyItsOwnReplyOnce)
 {
     // The service answers the second request before the first.
     Service service([](int q) {
         ipcq_msg_handle_t first = nullptr, second = nullptr;
-        const ipcq_recv_options_t any = reply_options(0, 5);
+        const ipcq_recv_options_t any = reply_to(0);
         if (ipcq_recv(q, &first, &any) || ipcq_recv(q, &second, &any))
             return 1;
         const int failed = ipcq_reply(q, &second, "second", 6) | ipcq_reply(q, &first, "first", 5);
@@ -215,21 +195,15 @@ TEST_F(TransportTest, ARequestTakesOnlyItsOwnReply)
     ASSERT_EQ(ipcq_send(q_, kAddress, kServiceQueue, 2, "b", 1, &b, 0, nullptr), 0);
     const uint32_t token_a = ipcq_rr_token_get(&a), token_b = ipcq_rr_token_get(&b);
     EXPECT_NE(token_a, token_b);
-
-    // A token with no request behind it, while both requests wait.
-    const ipcq_recv_options_t unknown = reply_options(token_b + 100, 5);
+    const ipcq_recv_options_t unknown = reply_to(token_b + 100), for_a = reply_to(token_a),
+                              for_b = reply_to(token_b);
     EXPECT_EQ(ipcq_recv(q_, &a, &unknown), -1);
     EXPECT_EQ(errno, ENOMSG);
-
-    // Taken in the order opposite to sending.
-    const ipcq_recv_options_t for_a = reply_options(token_a, 5), for_b = reply_options(token_b, 5);
     ASSERT_EQ(ipcq_recv(q_, &b, &for_b), 0);
-    EXPECT_EQ(text_of(ipcq_payload_get(&b), ipcq_payload_size(&b)), "second");
+    EXPECT_EQ(text_of(&b), "second");
     EXPECT_EQ(ipcq_rr_token_get(&b), token_b);
     ASSERT_EQ(ipcq_recv(q_, &a, &for_a), 0);
-    EXPECT_EQ(text_of(ipcq_payload_get(&a), ipcq_payload_size(&a)), "first");
-
-    // A reply is taken once.
+    EXPECT_EQ(text_of(&a), "first");
     EXPECT_EQ(ipcq_recv(q_, &b, &for_b), -1);
     EXPECT_EQ(errno, ENOMSG);
     ipcq_drop(q_, &a);
@@ -242,102 +216,75 @@ TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEnd)
     // Holds the first request unanswered for 3 s, then dies holding the second.
     Service service([](int q) {
         ipcq_msg_handle_t request = nullptr;
-        const ipcq_recv_options_t any = reply_options(0, 5);
+        const ipcq_recv_options_t any = reply_to(0);
         if (ipcq_recv(q, &request, &any))
             return 1;
         sleep(3);
-        if (ipcq_recv(q, &request, &any))
-            return 1;
-        _exit(0);
+        return ipcq_recv(q, &request, &any) ? 1 : 0;
     });
     void *reply = reinterpret_cast<void *>(1);
     uint32_t len = 0;
-    errno = 0;
     EXPECT_EQ(bcp_req_resp(916, 1, nullptr, &reply, &len, "", "", kServiceQueue, q_, 1), -1);
     EXPECT_EQ(errno, ETIME);
     EXPECT_EQ(reply, reinterpret_cast<void *>(1));
-
     EXPECT_EQ(bcp_req_resp(916, 1, nullptr, &reply, &len, "", "", kServiceQueue, q_, 30), -1);
     EXPECT_EQ(errno, ECONNRESET);
     EXPECT_EQ(service.wait_exit(), 0);
 }
 
-TEST_F(TransportTest, SendsToAbsentOrDeadQueuesFailAtOnce)
+TEST_F(TransportTest, SendsToAbsentDeadOrBadQueuesFailAtOnce)
 {
-    EXPECT_EQ(ipcq_send(q_, kAddress, 4242, 7, "x", 1, nullptr, 0, nullptr), -1);
-    EXPECT_EQ(errno, ENOENT);
+    const auto send_errno = [&](int from, uint32_t to, uint32_t len) {
+        errno = 0;
+        return ipcq_send(from, kAddress, to, 7, "x", len, nullptr, 0, nullptr) == -1 ? errno : 0;
+    };
+    EXPECT_EQ(send_errno(q_, 4242, 1), ENOENT);
     EXPECT_EQ(ipcq_errno_get(q_), ENOENT);
+    EXPECT_EQ(send_errno(q_, kClientQueue, IPCQ_MAX_PAYLOAD + 1), EMSGSIZE);
+    EXPECT_EQ(send_errno(q_ + 1000, kClientQueue, 1), EBADF);
 
-    // A queue whose process died without closing it.
+    // A queue whose process died without closing it refuses, and can be
+    // opened again; a live queue cannot be opened twice.
     Service dead([](int) { return 0; });
     EXPECT_EQ(dead.wait_exit(), 0);
-    EXPECT_EQ(ipcq_send(q_, kAddress, kServiceQueue, 7, "x", 1, nullptr, 0, nullptr), -1);
-    EXPECT_EQ(errno, ECONNREFUSED);
-    // ... can be opened again, but a live queue cannot be opened twice.
+    EXPECT_EQ(send_errno(q_, kServiceQueue, 1), ECONNREFUSED);
     const int taken_over = ipcq_open(kAddress, kServiceQueue);
     EXPECT_GT(taken_over, 0);
     EXPECT_EQ(ipcq_open(kAddress, kServiceQueue), -1);
     EXPECT_EQ(errno, EADDRINUSE);
     EXPECT_EQ(ipcq_close(taken_over), 0);
-
-    EXPECT_EQ(ipcq_send(q_, kAddress, kClientQueue, 7, "x", IPCQ_MAX_PAYLOAD + 1, nullptr, 0, nullptr), -1);
-    EXPECT_EQ(errno, EMSGSIZE);
-    EXPECT_EQ(ipcq_send(q_ + 1000, kAddress, kClientQueue, 7, "x", 1, nullptr, 0, nullptr), -1);
-    EXPECT_EQ(errno, EBADF);
-}
-
-TEST_F(TransportTest, OneMebibyteTravelsIntactBothWays)
-{
-    Service service(serve_routes);
-    std::string payload(1u << 20, '\0');
-    for (size_t i = 0; i < payload.size(); ++i)
-        payload[i] = static_cast<char>(i * 7 + i / 251);
-    ipcq_msg_handle_t msg = nullptr;
-    ASSERT_EQ(ipcq_send(q_, kAddress, kServiceQueue, 905, payload.data(),
-                        static_cast<uint32_t>(payload.size()), &msg, 0, nullptr),
-              0);
-    const ipcq_recv_options_t options = reply_options(ipcq_rr_token_get(&msg), 10);
-    ASSERT_EQ(ipcq_recv(q_, &msg, &options), 0);
-    ASSERT_EQ(ipcq_payload_size(&msg), payload.size());
-    EXPECT_TRUE(std::memcmp(ipcq_payload_get(&msg), payload.data(), payload.size()) == 0);
-    ipcq_drop(q_, &msg);
-    kill(service.pid(), SIGTERM);
-    EXPECT_EQ(service.wait_exit(), 0);
 }
 
 TEST_F(TransportTest, BcpHeaderIsBigEndianWithTerminatedTexts)
 {
-    // A service that keeps the request's bytes: the reply is the request.
-    ipcq_msg_handle_t msg = nullptr;
-    const std::string long_text(60, 't');
+    // The service sends the request's bytes back as its reply.
     Service service([](int q) {
         ipcq_msg_handle_t request = nullptr;
-        const ipcq_recv_options_t any = reply_options(0, 5);
+        const ipcq_recv_options_t any = reply_to(0);
         if (ipcq_recv(q, &request, &any))
             return 1;
         return ipcq_reply(q, &request, ipcq_payload_get(&request), ipcq_payload_size(&request)) ? 2 : 0;
     });
-    const int q = q_;
-    ASSERT_EQ(bcp_send_request(7673, 1, "\x06\0\0\0\0\0\0\0", 8, "clis", long_text.c_str(), kAddress,
-                               kServiceQueue, q, &msg),
+    ipcq_msg_handle_t msg = nullptr;
+    ASSERT_EQ(bcp_send_request(7673, 1, "\x06\0\0\0\0\0\0\0", 8, "clis", std::string(60, 't').c_str(),
+                               kAddress, kServiceQueue, q_, &msg),
               0);
-    const ipcq_recv_options_t options = reply_options(ipcq_rr_token_get(&msg), 5);
-    ASSERT_EQ(ipcq_recv(q, &msg, &options), 0);
-    ASSERT_EQ(ipcq_payload_size(&msg), 120u);
-    const auto *bytes = static_cast<const unsigned char *>(ipcq_payload_get(&msg));
-    const unsigned char head[17] = {0, 0, 0, 1, 0, 0, 0, 8, 0, 0, 0, 0, 'c', 'l', 'i', 's', 0};
-    EXPECT_EQ(std::memcmp(bytes, head, sizeof head), 0);
-    EXPECT_EQ(std::string(reinterpret_cast<const char *>(bytes + 62)), std::string(49, 't'));
-    EXPECT_EQ(bytes[112], 6);
+    const ipcq_recv_options_t options = reply_to(ipcq_rr_token_get(&msg));
+    ASSERT_EQ(ipcq_recv(q_, &msg, &options), 0);
+    const std::string image = text_of(&msg);
+    ASSERT_EQ(image.size(), 120u);
+    EXPECT_EQ(image.substr(0, 17), std::string("\0\0\0\1\0\0\0\x08\0\0\0\0clis\0", 17));
+    EXPECT_EQ(image.substr(62, 50), std::string(49, 't') + '\0');
+    EXPECT_EQ(image[112], 6);
 
-    // Taken apart as a response: status 0 and the eight payload bytes.
+    // Taken apart as a response: status 0 and the eight payload bytes; once
+    // dropped, too short for a header and nothing handed out.
     void *payload = nullptr;
     uint32_t len = 0;
     EXPECT_EQ(bcp_parse_response(&msg, &payload, &len), 0);
     EXPECT_EQ(len, 8u);
     std::free(payload);
-    ipcq_drop(q, &msg);
-    // Too short for a header: no payload handed out.
+    ipcq_drop(q_, &msg);
     EXPECT_EQ(bcp_parse_response(&msg, &payload, &len), -1);
     EXPECT_EQ(errno, EBADMSG);
     EXPECT_EQ(service.wait_exit(), 0);
