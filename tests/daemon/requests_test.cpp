@@ -83,7 +83,6 @@ TEST(DaemonRequests, Registration)
                     {send900},
                     {Image(604).le(0, 2).le(4, 3)},
                     "Not able to send interface registration to wexd\n"}));
-    EXPECT_EQ(observe([] { return wex_register_interface(8, kMask, nullptr); }), (Seen{-1, {}}));
     const std::string send901 = "send q8 FE000000:37 op901 len8 flags0 opts(v1)";
     EXPECT_EQ(observe([] { return wex_deregister_interface(8, kMask); }), (Seen{0, {send901}, {kMaskBytes}}));
     EXPECT_EQ(observe({{"send", fails(EAGAIN, -5)}}, [] { return wex_deregister_interface(8, kMask); }),
@@ -93,7 +92,6 @@ TEST(DaemonRequests, Registration)
     const std::string remove = rr("q2 296 op7656 type3 len88 t15", false);
     const Bytes zone = Image(88).text(0, "zone"), file = Image(88).text(24, "zone.cmd");
     EXPECT_EQ(observe([] { return wex_register_parse_tree(2, "zone"); }), (Seen{0, {add}, {zone}}));
-    EXPECT_EQ(observe([] { return wex_deregister_parse_tree(2, "zone"); }), (Seen{0, {remove}, {zone}}));
     EXPECT_EQ(observe([] { return wex_add_cmd_file(2, kLong.c_str()); }),
               (Seen{0, {add}, {Image(88).text(24, std::string(63, 'x'))}}));
     EXPECT_EQ(observe([] { return wex_rem_cmd_file(2, "zone.cmd"); }), (Seen{0, {remove}, {file}}));
@@ -104,9 +102,6 @@ TEST(DaemonRequests, Registration)
               (Seen{static_cast<int32_t>(0x8054003E), {remove}, {file}}));
     EXPECT_EQ(observe({{"req_resp", fails(0x1234)}}, [] { return wex_register_parse_tree(2, "zone"); }),
               (Seen{static_cast<int32_t>(0x80540234), {add}, {zone}}));
-    EXPECT_EQ(
-        observe({{"req_resp", status(0x40540027)}}, [] { return wex_deregister_parse_tree(2, "zone"); }),
-        (Seen{0x40540027, {remove}, {zone}}));
 }
 
 TEST(DaemonRequests, StandbyRegistrationIsARawMessage)
@@ -147,7 +142,6 @@ TEST(DaemonRequests, Notifications)
               (Seen{0, {"send q3 FE000000:0 op943 len40 flags0"}, {Image(40).le(0, 1).le(4, 2).le(8, 3)}}));
     EXPECT_EQ(observe({{"send", fails(EAGAIN, -7)}}, [] { return wex_notify_cfg_update(3, 0, 0, 0); }),
               (Seen{-7, {"send q3 FE000000:0 op943 len40 flags0"}, {Bytes(40, 0)}}));
-    EXPECT_EQ(observe([] { return notify_feature_change(2); }), (Seen{0, {change}}));
     EXPECT_EQ(observe({{"send", fails(EPIPE)}}, [] { return notify_feature_change(0); }),
               (Seen{0, {change}}));
     EXPECT_EQ(observe([] { return notify_feature_change(1) + wex_api_notify_cfg_change(nullptr); }),
@@ -201,7 +195,6 @@ TEST(DaemonRequests, SettingsAndLock)
         {[] { return wexd_session_timeout_set(4, 30, 1); }, "q4 37 op935 type3 len128 t10", settings(80, 30)},
         {[] { return wexd_session_timeout_set(4, 45, 0); }, "q4 37 op936 type3 len128 t10", settings(84, 45)},
         {[] { return wexd_term_set_length(4, 24); }, "q4 37 op7687 type3 len128 t10", settings(96, 24)},
-        {[] { return wexd_term_set_width(4, 80); }, "q4 37 op7688 type3 len128 t10", settings(92, 80)},
         {[] { return wexd_switchname_set(4, kLong.c_str()); }, "q4 37 op917 type3 len128 t10",
          Image(128).text(4, std::string(63, 'x'))},
     };
@@ -229,8 +222,6 @@ TEST(DaemonRequests, SettingsAndLock)
 
     const std::string lock = rr("q6 37 op940 type3 len12 t25");
     EXPECT_EQ(observe([] { return wexd_cli_lock(6, 0xABCD); }), (Seen{0, {lock}, {lock_request(1, 0)}}));
-    EXPECT_EQ(observe([] { return wexd_cli_lock_for_upgrade(6, 0xABCD); }),
-              (Seen{0, {lock}, {lock_request(1, 1)}}));
     EXPECT_EQ(observe({{"req_resp", fails(ETIME)}}, [] { return wexd_cli_unlock(6, 0xABCD); }),
               (Seen{static_cast<int32_t>(0x8054003E), {lock}, {lock_request(0, 0)}}));
     EXPECT_EQ(observe({{"req_resp", status(3)}}, [] { return wexd_cli_unlock_forced(6, 0xABCD); }),
@@ -281,9 +272,6 @@ TEST(DaemonRequests, RolesAndLocales)
     EXPECT_EQ(
         observe({{"req_resp", fails(ETIME)}}, [] { return wexd_perm_group_role_name_verify(9, "ops"); }),
         (Seen{-1, {verify}, {role_request(0, "ops")}, kNoProcess}));
-    EXPECT_EQ(observe({{"req_resp", status(0x40540001)}},
-                      [] { return wexd_perm_group_role_name_verify(9, "ops"); }),
-              (Seen{-1, {verify}, {role_request(0, "ops")}, kNoProcess}));
 
     const std::string query = rr("q3 37 op912 type1 len2352 t10");
     EXPECT_EQ(observe({{"req_resp", replies({7, 8, 9})}}, [] { return read_role(1, 7); }),
@@ -293,8 +281,6 @@ TEST(DaemonRequests, RolesAndLocales)
               (Seen{0, {rr("q3 37 op912 type5 len2352 t10")}, {role_request(8195, "ops")}}));
     EXPECT_EQ(observe({{"req_resp", fails(EIO)}}, [] { return read_role(1, 7); }),
               (Seen{51, {query}, {role_request(7, "ops")}}));
-    EXPECT_EQ(observe({{"req_resp", Answer{0x40540009, 0, Bytes{1}}}}, [] { return read_role(1, 7); }),
-              (Seen{0x40540009, {query}, {role_request(7, "ops")}}));
     uint32_t len = 0;
     EXPECT_EQ(wexd_role_info_get(3, 1, 7, "ops", nullptr, &len), -1);
 
@@ -314,7 +300,6 @@ TEST(DaemonRequests, RolesAndLocales)
     const std::string info = rr("q1 37 op7701 type5 len204 t10");
     EXPECT_EQ(observe({{"req_resp", replies({5, 6})}}, read_locale),
               (Seen{0, {info}, {Image(204).le(0, 3)}}));
-    EXPECT_EQ(observe({{"req_resp", fails(EIO)}}, read_locale), (Seen{51, {info}, {Image(204).le(0, 3)}}));
     EXPECT_EQ(observe({{"req_resp", Answer{0x40540048, 0, Bytes{1}}}}, read_locale),
               (Seen{0x40540048, {info}, {Image(204).le(0, 3)}}));
 }
@@ -364,8 +349,6 @@ TEST(DaemonRequests, AllRolesAreGatheredOneReplyAfterAnother)
     EXPECT_EQ(observe({{"req_resp", replies(alpha)}, {"req_resp", fails(ETIME)}},
                       [] { return gather_roles(1, {}); }),
               (Seen{51, {query(1), query(2)}, {after(""), after("alpha")}}));
-    EXPECT_EQ(observe({{"req_resp", status(0x40540001)}}, [] { return gather_roles(1, {}); }),
-              (Seen{0x40540001, {query(1)}, {after("")}}));
     // Gathering stops before the reply that would pass one mebibyte.
     const Bytes big = role_reply("big", 1024 * 1024 - 40), fits = role_reply("fits", 40);
     EXPECT_EQ(observe({{"req_resp", replies(big)},
@@ -461,7 +444,6 @@ TEST(DaemonRequests, ReadsHandOverOnlyWholeRecords)
     EXPECT_EQ(read_file_name(replies(fits)), "-1 old"); // no terminator in the reply
     fits.push_back(0);
     EXPECT_EQ(read_file_name(replies(fits)), "0 " + std::string(63, 'p'));
-    EXPECT_EQ(read_file_name(replies(Bytes(65, 'q'))), "-1 old");
     EXPECT_EQ(read_file_name(fails(ETIME)), "-1 old");
 }
 
@@ -493,15 +475,12 @@ TEST(DaemonRequests, SubtypesRangesAndTrees)
     EXPECT_EQ(observe([] { return register_subtype(-2); }), (Seen{0, {send, send}, {port, hex}}));
     EXPECT_EQ(observe({{"send", fails(EAGAIN)}}, [] { return register_subtype(-2); }),
               (Seen{0x40540001, {send, send}, {port, hex}}));
-    EXPECT_EQ(observe({{"send", Answer{}}, {"send", fails(EAGAIN)}}, [] { return register_subtype(-2); }),
-              (Seen{0x40540001, {send, send}, {port, hex}}));
     const struct {
         int32_t code;
         Lines names;
     } rows[] = {{0, {"<none>"}},
                 {-1, {"<module>"}},
                 {-3, {"<ficon-log-if>", "<ficon-log-if-hex>"}},
-                {-4, {"<ficon-impl-port-addr>"}},
                 {-8, {"<xbar_asic_inst>"}}};
     for (const auto &row : rows) {
         std::vector<Bytes> expected;
@@ -560,7 +539,6 @@ TEST(DaemonRequests, SubtypesRangesAndTrees)
               (Seen{0, trees}));
     EXPECT_EQ(observe({{"req_resp", replies(Bytes(sizeof(tree_table) - 1, 0))}}, read_tree_table),
               (Seen{-1, trees}));
-    EXPECT_EQ(observe({{"req_resp", fails(ETIME)}}, read_tree_table), (Seen{-1, trees}));
     EXPECT_EQ(
         observe([] { return wexd_tree_table_get(2, nullptr) + wexd_param_subtype_table_get(2, nullptr); }),
         (Seen{-2, {}})); // nowhere to put the reply: nothing is asked
