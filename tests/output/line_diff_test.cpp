@@ -20,13 +20,11 @@ struct DiffCase {
 };
 
 const DiffCase kCases[] = {
-    {"top-level order", "a\nb\n", "b\na\n", ""},
     {"order at every level", "a\n  b\n    c\n    d\n  e\nf\n", "f\na\n  e\n  b\n    d\n    c\n", ""},
     {"duplicate removed once", "x\nx\n", "x\n", "    -x\n"},
     {"child changed", "interface a\n  shutdown\n", "interface a\n  no shutdown\n",
      "     interface a\n    -  shutdown\n    +  no shutdown\n"},
     {"trailing blank kept", "a \n", "a\n", "    -a \n    +a\n"},
-    {"carriage return kept", "a\r\n", "a\n", "    -a\r\n    +a\n"},
     {"blank lines and an unended last line ignored", "a\n\n \t\r\n\v\f\nb", "a\n", ""},
     {"removed parent with its children", "vsan database\n  vsan 2\n    x\nz\n", "z\n",
      "    -vsan database\n    -  vsan 2\n    -    x\n"},
@@ -36,13 +34,11 @@ const DiffCase kCases[] = {
     {"equal lines paired in order, not by content", "a\n  x\na\n  y\n", "a\n  y\na\n  x\n",
      "     a\n    -  x\n    +  y\n     a\n    -  y\n    +  x\n"},
     {"odd blanks: 1 is level 1, 3 is level 2", " a\n   b\n", " a\n", "      a\n    -   b\n"},
-    {"a tab does not indent", "a\n\tb\n", "a\n", "    -\tb\n"},
     {"text opening at level 3", "    deep\n    deeper\nroot\n", "    deep\n",
      "         deep\n    -    deeper\n    -root\n"},
     {"level 3 straight under level 1", "a\n    c\n    d\n", "a\n    c\n", "     a\n         c\n    -    d\n"},
     {"no first text", nullptr, "a\n", "    +a\n"},
     {"no second text", "a\n", nullptr, "    -a\n"},
-    {"no texts", nullptr, nullptr, ""},
 };
 
 TEST(LineDiff, ComparesAndPrintsByTheLineTree)
@@ -83,7 +79,6 @@ TEST(LineDiff, LargeTextsInAnotherOrderAreTheSame)
     std::reverse(parts.begin(), parts.end());
     std::string second = "interface fc9/1\n  zone 3\n" + join(parts);
     EXPECT_EQ(wex_is_diff_same(first.c_str(), second.c_str()), 1);
-    EXPECT_EQ(capture_stdout([&] { wex_diff(first.c_str(), second.c_str()); }), "");
 
     second.insert(second.find("  zone 3\n") + 9, "    member 9\n");
     second += "interface fc1/7\n";
