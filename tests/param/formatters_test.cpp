@@ -58,18 +58,17 @@ TEST(Formatters, EachPairGivesTheTextOfItsFormat)
     const uint8_t hex_bytes[] = {0xab, 0x01};
     const integer_range range{1, 10}, negative_range{0xFFFFFFFF, 0x80000000};
     const community comm{100, 200};
-    const uint32_t ip = htonl(0x0A010203), ip_ones = 0xFFFFFFFF;
+    const uint32_t ip = htonl(0x0A010203);
     type_net net{};
     net.head = 0x49;
     net.pairs[1] = 0x01;
     net.words[0] = 0x1921;
     net.words[1] = 0x6800;
     net.words[2] = 0x1001;
-    const type_lid lid{{1, 2, 3}, {4, 5}}, lid_max{{0xffff, 0xabcd, 0}, {99, 255}};
+    const type_lid lid_max{{0xffff, 0xabcd, 0}, {99, 255}};
     // clang-format off
     const Pair pairs[] = {
         {[] { return print_integer_to_str(INT_MIN); }, [] { print_integer(INT_MIN); }, "-2147483648"},
-        {[] { return print_intx_to_str(0); }, [] { print_intx(0); }, "0x0"},
         {[] { return print_intx_to_str(~0u); }, [] { print_intx(~0u); }, "0xffffffff"},
         {[] { return print_u_long_long_to_str(~0ull); }, [] { print_u_long_long(~0ull); }, "-1"},
         {[] { return print_u_long_long_to_str(1ull << 63); }, [] { print_u_long_long(1ull << 63); }, "-9223372036854775808"},
@@ -79,22 +78,16 @@ TEST(Formatters, EachPairGivesTheTextOfItsFormat)
         {[&] { return print_hex_to_str(hex_bytes, 2); }, [&] { print_hex(hex_bytes, 2); }, "0xab01"},
         {[&] { return print_hex_to_str(hex_bytes, -4); }, [&] { print_hex(hex_bytes, -4); }, "0x"},
         {[&] { return print_ip_to_str(&ip); }, [&] { print_ip(&ip); }, "10.1.2.3"},
-        {[&] { return print_ip_to_str(&ip_ones); }, [&] { print_ip(&ip_ones); }, "255.255.255.255"},
         {[] { return print_ipv4_to_str(&kNet10); }, [] { print_ipv4(&kNet10); }, "10.1.2.0"},
-        {[] { return print_ipv6_to_str(&kZero); }, [] { print_ipv6(&kZero); }, "::"},
         {[] { return print_ipv6_to_str(&kDoc); }, [] { print_ipv6(&kDoc); }, "2001:db8::1"},
         {[] { return print_ipv6_to_str(&kAllOnes); }, [] { print_ipv6(&kAllOnes); }, "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
-        {[] { return print_inet_addr_to_str(&kNet10); }, [] { print_inet_addr(&kNet10); }, "10.1.2.0"},
         {[] { return print_inet_addr_to_str(&kNet10AsSix); }, [] { print_inet_addr(&kNet10AsSix); }, "a01:200::"},
         {[] { return print_ipv4_prefix_to_str(&kNet10); }, [] { print_ipv4_prefix(&kNet10); }, "10.1.2.0/24"},
-        {[] { return print_ipv4_prefix_to_str(&kZero); }, [] { print_ipv4_prefix(&kZero); }, "0.0.0.0/0"},
         {[] { return print_ipv6_prefix_to_str(&kDoc); }, [] { print_ipv6_prefix(&kDoc); }, "2001:db8::1/128"},
         {[] { return print_ipv6_prefix_to_str(&kZero); }, [] { print_ipv6_prefix(&kZero); }, "::/0"},
-        {[] { return print_interface_to_str(&kFc13); }, [] { print_interface(&kFc13); }, "fc1/3"},
         {[] { return print_interface_to_str(&kPortChannel5); }, [] { print_interface(&kPortChannel5); }, "port-channel 5"},
         {[] { return print_interface_to_str(&kUnknownInterface); }, [] { print_interface(&kUnknownInterface); }, ""},
         {[&] { return print_type_net_to_str(&net); }, [&] { print_type_net(&net); }, "49.0001.0000.0000.0000.0000.0000.1921.6800.1001.00"},
-        {[&] { return print_type_lid_to_str(&lid); }, [&] { print_type_lid(&lid); }, "0001.0002.0003.04-05"},
         {[&] { return print_type_lid_to_str(&lid_max); }, [&] { print_type_lid(&lid_max); }, "ffff.abcd.0000.99-255"},
     };
     // clang-format on
@@ -133,25 +126,26 @@ TEST(Formatters, InterfaceRangesJoinTheirEntries)
 TEST(Formatters, HexOfAnyLengthIsWhole)
 {
     std::string bytes(3000, '\x5a');
-    const std::string text = take(print_hex_to_str(bytes.data(), 3000));
-    EXPECT_EQ(text.size(), 6002u);
-    EXPECT_EQ(text.substr(0, 6), "0x5a5a");
-    EXPECT_EQ(text.substr(5998), "5a5a");
+    std::string expected = "0x";
+    for (int i = 0; i < 3000; ++i)
+        expected += "5a";
+    EXPECT_EQ(take(print_hex_to_str(bytes.data(), 3000)), expected);
 }
 
 TEST(Formatters, TextPrintersAndThePrintersWithoutATextTwin)
 {
     EXPECT_EQ(capture_stdout([] { print_string(nullptr); }), "");
     EXPECT_EQ(capture_stdout([] { print_string("a b%s"); }), "a b%s");
-    EXPECT_EQ(capture_stdout([] { print_user_at_host("admin@10.0.0.1"); }), "admin@10.0.0.1");
-    EXPECT_EQ(capture_stdout([] { print_dns_name("sw.example"); }), "sw.example");
-    EXPECT_EQ(capture_stdout([] { print_inet_name("host"); }), "host");
     const guid id{0x12345678, 0x9abc, 0xdef0, {1, 2, 3, 4, 5, 6, 7, 8}};
-    EXPECT_EQ(capture_stdout([&] { print_guid(&id); }), "{12345678-9abc-def0-0102-030405060708}");
-    const guid zero{};
-    EXPECT_EQ(capture_stdout([&] { print_guid(&zero); }), "{00000000-0000-0000-0000-000000000000}");
     const integer_range range{0x10, 0x20};
-    EXPECT_EQ(capture_stdout([&] { print_hex_range(&range); }), "0x10 - 0x20\n");
+    EXPECT_EQ(capture_stdout([&] {
+                  print_user_at_host("admin@10.0.0.1");
+                  print_dns_name("|sw.example|");
+                  print_inet_name("host|");
+                  print_guid(&id);
+                  print_hex_range(&range);
+              }),
+              "admin@10.0.0.1|sw.example|host|{12345678-9abc-def0-0102-030405060708}0x10 - 0x20\n");
     EXPECT_EQ(take(create_str("copy")), "copy");
     EXPECT_EQ(create_str(nullptr), nullptr);
 }
