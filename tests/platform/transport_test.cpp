@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <sys/wait.h>
@@ -105,10 +106,11 @@ class TransportTest : public ::testing::Test
   protected:
     static void SetUpTestSuite()
     {
-        static char dir[] = "/tmp/ipcq-test-XXXXXX";
-        ASSERT_NE(mkdtemp(dir), nullptr);
-        setenv("IPCQ_RUNTIME_DIR", dir, 1);
+        ASSERT_NE(mkdtemp(dir_), nullptr);
+        setenv("IPCQ_RUNTIME_DIR", dir_, 1);
     }
+    // Every queue is closed by now; the directory goes with its sockets.
+    static void TearDownTestSuite() { std::filesystem::remove_all(dir_); }
     void SetUp() override { ASSERT_GT(q_ = ipcq_open(kAddress, kClientQueue), 0); }
     void TearDown() override { ipcq_close(q_); }
 
@@ -143,6 +145,7 @@ class TransportTest : public ::testing::Test
         return text;
     }
 
+    static inline char dir_[] = "/tmp/ipcq-test-XXXXXX";
     int q_ = -1;
 };
 
