@@ -38,8 +38,6 @@ wex_inet_addr_t inet(uint32_t family, std::initializer_list<uint8_t> bytes, int3
 const wex_inet_addr_t kNet10 = inet(1, {10, 1, 2, 0}, 24);
 const wex_inet_addr_t kZero = inet(2, {}, 0);
 const wex_inet_addr_t kDoc = inet(2, {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 128);
-const wex_inet_addr_t kAllOnes = inet(
-    7, {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff}, 64);
 const wex_inet_addr_t kNet10AsSix = inet(2, {10, 1, 2, 0}, 24);
 
 const uint32_t kFc13 = IF_INDEX_MAKE(1, 1, 3);
@@ -56,7 +54,7 @@ struct Pair {
 TEST(Formatters, EachPairGivesTheTextOfItsFormat)
 {
     const uint8_t hex_bytes[] = {0xab, 0x01};
-    const integer_range range{1, 10}, negative_range{0xFFFFFFFF, 0x80000000};
+    const integer_range negative_range{0xFFFFFFFF, 0x80000000};
     const community comm{100, 200};
     const uint32_t ip = htonl(0x0A010203);
     type_net net{};
@@ -72,7 +70,6 @@ TEST(Formatters, EachPairGivesTheTextOfItsFormat)
         {[] { return print_intx_to_str(~0u); }, [] { print_intx(~0u); }, "0xffffffff"},
         {[] { return print_u_long_long_to_str(~0ull); }, [] { print_u_long_long(~0ull); }, "-1"},
         {[] { return print_u_long_long_to_str(1ull << 63); }, [] { print_u_long_long(1ull << 63); }, "-9223372036854775808"},
-        {[&] { return print_integer_range_to_str(&range); }, [&] { print_integer_range(&range); }, "1 - 10"},
         {[&] { return print_integer_range_to_str(&negative_range); }, [&] { print_integer_range(&negative_range); }, "-1 - -2147483648"},
         {[&] { return print_community_to_str(&comm); }, [&] { print_community(&comm); }, "100:200"},
         {[&] { return print_hex_to_str(hex_bytes, 2); }, [&] { print_hex(hex_bytes, 2); }, "0xab01"},
@@ -80,7 +77,6 @@ TEST(Formatters, EachPairGivesTheTextOfItsFormat)
         {[&] { return print_ip_to_str(&ip); }, [&] { print_ip(&ip); }, "10.1.2.3"},
         {[] { return print_ipv4_to_str(&kNet10); }, [] { print_ipv4(&kNet10); }, "10.1.2.0"},
         {[] { return print_ipv6_to_str(&kDoc); }, [] { print_ipv6(&kDoc); }, "2001:db8::1"},
-        {[] { return print_ipv6_to_str(&kAllOnes); }, [] { print_ipv6(&kAllOnes); }, "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
         {[] { return print_inet_addr_to_str(&kNet10AsSix); }, [] { print_inet_addr(&kNet10AsSix); }, "a01:200::"},
         {[] { return print_ipv4_prefix_to_str(&kNet10); }, [] { print_ipv4_prefix(&kNet10); }, "10.1.2.0/24"},
         {[] { return print_ipv6_prefix_to_str(&kDoc); }, [] { print_ipv6_prefix(&kDoc); }, "2001:db8::1/128"},
@@ -101,7 +97,7 @@ TEST(Formatters, EachPairGivesTheTextOfItsFormat)
     EXPECT_EQ(printed, expected);
 }
 
-TEST(Formatters, InterfaceRangesJoinTheirEntries)
+TEST(Formatters, InterfaceRangesJoinAtMost65EntriesAndHexIsWhole)
 {
     intf_range_list list{};
     EXPECT_EQ(take(print_interface_range_to_str(&list)), "");
@@ -109,10 +105,8 @@ TEST(Formatters, InterfaceRangesJoinTheirEntries)
     list.ranges[0] = {IF_INDEX_MAKE(1, 1, 1), IF_INDEX_MAKE(1, 1, 4)};
     list.ranges[1] = {kPortChannel5, kPortChannel5};
     list.ranges[2] = {IF_INDEX_MAKE(1, 1, 5), IF_INDEX_MAKE(1, 2, 3)};
-    const std::string joined = "fc1/1-4 , port-channel 5 , fc1/5-fc2/3";
-    EXPECT_EQ(take(print_interface_range_to_str(&list)), joined);
-    EXPECT_EQ(capture_stdout([&] { print_interface_range(&list); }), joined);
-
+    EXPECT_EQ(capture_stdout([&] { print_interface_range(&list); }),
+              "fc1/1-4 , port-channel 5 , fc1/5-fc2/3");
     // A count beyond the 65 entries the list holds reads no further.
     for (auto &range : list.ranges)
         range = {kFc13, kFc13};
@@ -121,31 +115,26 @@ TEST(Formatters, InterfaceRangesJoinTheirEntries)
     for (int i = 1; i < 65; ++i)
         all += " , fc1/3";
     EXPECT_EQ(take(print_interface_range_to_str(&list)), all);
-}
 
-TEST(Formatters, HexOfAnyLengthIsWhole)
-{
-    std::string bytes(3000, '\x5a');
     std::string expected = "0x";
     for (int i = 0; i < 3000; ++i)
         expected += "5a";
-    EXPECT_EQ(take(print_hex_to_str(bytes.data(), 3000)), expected);
+    EXPECT_EQ(take(print_hex_to_str(std::string(3000, '\x5a').data(), 3000)), expected);
 }
 
-TEST(Formatters, TextPrintersAndThePrintersWithoutATextTwin)
+TEST(Formatters, TextPrintersAndTheCopyOfAText)
 {
-    EXPECT_EQ(capture_stdout([] { print_string(nullptr); }), "");
-    EXPECT_EQ(capture_stdout([] { print_string("a b%s"); }), "a b%s");
     const guid id{0x12345678, 0x9abc, 0xdef0, {1, 2, 3, 4, 5, 6, 7, 8}};
     const integer_range range{0x10, 0x20};
     EXPECT_EQ(capture_stdout([&] {
-                  print_user_at_host("admin@10.0.0.1");
-                  print_dns_name("|sw.example|");
-                  print_inet_name("host|");
+                  print_string(nullptr);
+                  print_string("a%s|");
+                  print_user_at_host("admin@10.0.0.1|");
+                  print_dns_name("sw.example|");
                   print_guid(&id);
                   print_hex_range(&range);
               }),
-              "admin@10.0.0.1|sw.example|host|{12345678-9abc-def0-0102-030405060708}0x10 - 0x20\n");
+              "a%s|admin@10.0.0.1|sw.example|{12345678-9abc-def0-0102-030405060708}0x10 - 0x20\n");
     EXPECT_EQ(take(create_str("copy")), "copy");
     EXPECT_EQ(create_str(nullptr), nullptr);
 }
@@ -158,11 +147,6 @@ TEST(Formatters, NothingIsPrintedWhenTheTextCannotBeMade)
         [&] { failed = wex_test::for_each_allocation_failure([] { print_ipv6_prefix(&kDoc); }, [] {}); });
     EXPECT_EQ(failed, 2);
     EXPECT_EQ(printed, "2001:db8::1/128");
-    char *text = nullptr;
-    failed = wex_test::for_each_allocation_failure([&] { text = print_ipv4_prefix_to_str(&kNet10); },
-                                                   [&] { EXPECT_EQ(text, nullptr); });
-    EXPECT_EQ(failed, 2);
-    EXPECT_EQ(take(text), "10.1.2.0/24");
 }
 
 } // namespace
