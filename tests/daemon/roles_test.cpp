@@ -1,6 +1,5 @@
 // Roles: built-in groups, lookups, record builders, verification by
 // context, and their text forms.
-#include <wex/output.h>
 #include <wex/wexd_client.h>
 
 #include "fakes/transport_fake.h"
@@ -9,13 +8,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <string>
 
 using wex_fake::Bytes;
 using wex_fake::transport;
+using wex_test::capture_buffered;
 using wex_test::capture_stdout;
 using wex_test::Image;
 
@@ -128,25 +126,13 @@ TEST(Roles, BuiltInNamesAreVerifiedByContextWithoutARequest)
     EXPECT_TRUE(transport().lines().empty());
 }
 
-// What fn prints through wex_buf_printf, taken from the capture buffer.
-std::string captured(const std::function<void()> &fn)
-{
-    wex_set_redir2buf();
-    fn();
-    char *buf = wex_get_buf();
-    wex_reset_redir2buf();
-    std::string text = buf ? buf : "";
-    std::free(buf);
-    return text;
-}
-
 TEST(Roles, RuleWordsAndLines)
 {
     const struct {
         int32_t code;
         const char *rule_word, *command_word;
-    } words[] = {{0, "xyz", "xyz"},  {1, "permit", "clear"}, {2, "deny", "config"}, {3, "xyz", "debug"},
-                 {5, "xyz", "exec"}, {6, "xyz", "xyz"}};
+    } words[] = {{0, "xyz", "xyz"},   {1, "permit", "clear"}, {2, "deny", "config"},
+                 {3, "xyz", "debug"}, {5, "xyz", "exec"},     {6, "xyz", "xyz"}};
     for (const auto &w : words) {
         char rule_word[8] = "xyz", command_word[8] = "xyz";
         EXPECT_EQ(wexd_perm_group_rule_type_str_get(rule_word, w.code), 0);
@@ -175,7 +161,7 @@ TEST(Roles, RuleWordsAndLines)
     }
     char line[WEXD_RULE_CLI_STR_SIZE];
     EXPECT_EQ(wexd_perm_group_conf_entry_cli_str_get(line, nullptr, 1), -1);
-    EXPECT_EQ(captured([&] {
+    EXPECT_EQ(capture_buffered([&] {
                   EXPECT_EQ(wexd_perm_group_conf_entry_cli_show(&lines[0].rule, 3), 0);
                   const wexd_perm_group_conf_entry config = rule(1, 2, "zone", 0);
                   wexd_perm_group_conf_entry_cli_show(&config, 10);
@@ -209,7 +195,7 @@ TEST(Roles, RoleShowListsPolicyAndRules)
     vsan_mask everything = restricted;
     std::memset(everything.bits, 0xFF, sizeof everything.bits);
     const wexd_perm_group_entry ops = ops_role("Operators"), bare = ops_role("", 0);
-    EXPECT_EQ(captured([&] {
+    EXPECT_EQ(capture_buffered([&] {
                   wexd_perm_group_entry_cli_show(&ops, &restricted);
                   wexd_perm_group_entry_cli_show(&bare, &everything);
                   wexd_perm_group_entry_cli_show(nullptr, nullptr);

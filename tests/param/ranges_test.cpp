@@ -1,6 +1,5 @@
 // VSAN masks, multi-range and interface-list printers, and the small tests
 // on interface types and settings.
-#include <wex/output.h>
 #include <wex/param.h>
 
 #include "if_index.h"
@@ -8,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -51,12 +49,7 @@ TEST(VsanMask, PermittedIdsPrintAsCollapsedRunsCapturedOrNot)
         const vsan_mask mask = mask_of(c.ids);
         const std::string expected = "Permitted vsans: " + c.list + "\n";
         EXPECT_EQ(capture_stdout([&] { wex_print_vsan_mask(&mask); }), expected);
-        wex_set_redir2buf();
-        wex_print_vsan_mask(&mask);
-        char *captured = wex_get_buf();
-        wex_reset_redir2buf();
-        EXPECT_EQ(captured, expected);
-        std::free(captured);
+        EXPECT_EQ(wex_test::capture_buffered([&] { wex_print_vsan_mask(&mask); }), expected);
     }
 }
 

@@ -132,9 +132,8 @@ TEST(Records, MaskBitsRootAndParameterType)
     const struct {
         uint32_t value;
         uint8_t first[4];
-    } cases[] = {{0x00000001, {0x81, 0, 0, 0}},
-                 {0x80000000, {0x01, 0, 0, 1}},
-                 {0xFFFFFFFF, {0xFF, 0xFF, 0xFF, 0xFF}}};
+    } cases[] = {
+        {0x00000001, {0x81, 0, 0, 0}}, {0x80000000, {0x01, 0, 0, 1}}, {0xFFFFFFFF, {0xFF, 0xFF, 0xFF, 0xFF}}};
     for (const auto &c : cases) {
         bmask128 m;
         std::memset(&m, 0xA5, sizeof m);
@@ -180,7 +179,8 @@ TEST(TreeTable, InsertSearchDeleteWithinTheirBounds)
     }
     EXPECT_EQ(names(*t), "A:a.par B:dup.par C:dup.par ");
     EXPECT_EQ(search_entry_in_tree_table(t.get(), "dup.par"), 1);
-    EXPECT_EQ(search_entry_in_tree_table(t.get(), "DUP.par") + search_entry_in_tree_table(t.get(), "dup"), -2);
+    EXPECT_EQ(search_entry_in_tree_table(t.get(), "DUP.par") + search_entry_in_tree_table(t.get(), "dup"),
+              -2);
     for (int32_t bad : {-1, 3, 600})
         EXPECT_EQ(delete_entry_from_tree_table(t.get(), bad), -1) << bad;
     EXPECT_EQ(delete_entry_from_tree_table(t.get(), 0), 0);

@@ -1,6 +1,9 @@
 #include "support/capture.h"
 
+#include <wex/output.h>
+
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -79,6 +82,17 @@ Output capture_output(const std::function<void()> &fn)
 std::string capture_stdout(const std::function<void()> &fn)
 {
     return capture_output(fn).out;
+}
+
+std::string capture_buffered(const std::function<void()> &fn)
+{
+    wex_set_redir2buf();
+    fn();
+    char *buf = wex_get_buf();
+    wex_reset_redir2buf();
+    std::string text = buf ? buf : "";
+    std::free(buf);
+    return text;
 }
 
 } // namespace wex_test

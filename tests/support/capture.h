@@ -20,6 +20,10 @@ Output capture_output(const std::function<void()> &fn);
 // What fn writes to standard output.
 std::string capture_stdout(const std::function<void()> &fn);
 
+// What fn prints through the library's listing output, taken from its
+// capture buffer rather than standard output.
+std::string capture_buffered(const std::function<void()> &fn);
+
 // Reads the whole of an open descriptor from its start.
 std::string read_whole_fd(int fd);
 
