@@ -92,18 +92,17 @@ Bytes copy_bytes(const void *data, std::size_t size)
     return data ? Bytes(bytes, bytes + size) : Bytes{};
 }
 
-// True when any byte of the record outside its named fields is set.
-bool has_junk(const uint8_t *bytes, std::size_t from, std::size_t to)
+// True when any byte of a reserved field is set.
+template <std::size_t N> bool has_junk(const uint8_t (&reserved)[N])
 {
-    return std::any_of(bytes + from, bytes + to, [](uint8_t b) { return b != 0; });
+    return std::any_of(reserved, reserved + N, [](uint8_t b) { return b != 0; });
 }
 
 std::string send_options(const ipcq_send_options_t *o)
 {
     if (!o)
         return "";
-    const auto *raw = reinterpret_cast<const uint8_t *>(o);
-    const bool junk = has_junk(raw, 4, 35) || has_junk(raw, 36, sizeof *o);
+    const bool junk = has_junk(o->reserved1) || has_junk(o->reserved2);
     return format(" opts(v%u%s%s)", o->version, o->standby ? " standby" : "", junk ? " junk" : "");
 }
 
@@ -111,7 +110,7 @@ std::string recv_options(const ipcq_recv_options_t *o)
 {
     if (!o)
         return "";
-    const bool junk = has_junk(o->reserved, 0, sizeof o->reserved);
+    const bool junk = has_junk(o->reserved);
     return format(" opts(v%u f%u t%u tok%X%s)", o->version, o->flags, o->timeout_s, o->rr_token,
                   junk ? " junk" : "");
 }
