@@ -1,6 +1,7 @@
 #include <wex/parse_tree.h>
 
 #include "image_builder.h"
+#include "support/bytes.h"
 #include "support/child_process.h"
 
 #include <gtest/gtest.h>
@@ -9,18 +10,13 @@
 #include <set>
 #include <vector>
 
+using wex_test::bytes_of;
 using wex_test::Tree;
 
 namespace
 {
 
 const char kDepthFatal[] = "Fatal error: Tree exceeded maximum depth \n";
-
-std::vector<uint8_t> bytes_of(const void *p, std::size_t n)
-{
-    const auto *b = static_cast<const uint8_t *>(p);
-    return {b, b + n};
-}
 
 // Big-endian bytes of a value.
 std::vector<uint8_t> be(uint64_t v, int width)
@@ -113,13 +109,13 @@ TEST(ParameterByteOrder, ConvertsEachWordAndWidensMaskBitZeroOnTheWayIn)
     for (const auto &piece : {be(0x40100001, 4), be(1, 8), bytes_of(host.help, 64), be(0xFFFFFFFB, 4),
                               be(10, 4), be(3, 4), be(0x11223344, 4), be(0x0102030405060708ull, 8)})
         expected.insert(expected.end(), piece.begin(), piece.end());
-    EXPECT_EQ(bytes_of(&p, sizeof p), expected);
+    EXPECT_EQ(bytes_of(p), expected);
 
     ntoh_parameter(&p);
     EXPECT_EQ(uint64_t(p.mask), 0xC0001ull);
     param_descriptor widened = host;
     widened.mask = 0xC0001;
-    EXPECT_EQ(bytes_of(&p, sizeof p), bytes_of(&widened, sizeof widened));
+    EXPECT_EQ(bytes_of(p), bytes_of(widened));
 
     p.mask = 1;
     hton_parameter(&p);
@@ -150,7 +146,7 @@ TEST(ImageByteOrder, ConvertsTheOrdinarySubtreeOnceAndNothingElse)
     for (int i : {0, 1, 2})
         expect_network_node(host.nodes[i], reinterpret_cast<uint8_t *>(&image[i]));
     for (int i : {3, 4})
-        EXPECT_EQ(bytes_of(&image[i], 1000), bytes_of(&host.nodes[i], 1000)) << "node " << i;
+        EXPECT_EQ(bytes_of(image[i]), bytes_of(host.nodes[i])) << "node " << i;
 
     ntoh_array_tree(image.bytes(), 0, 0);
     Tree widened = host;
@@ -158,7 +154,7 @@ TEST(ImageByteOrder, ConvertsTheOrdinarySubtreeOnceAndNothingElse)
     widened[2].interface_mask = 0x80000000000C0001ull;
     widened[0].params[1].mask = 0xC0001; // node 3 is reached only by a link: unchanged
     for (int i = 0; i < 5; ++i)
-        EXPECT_EQ(bytes_of(&image[i], 1000), bytes_of(&widened[i], 1000)) << "node " << i;
+        EXPECT_EQ(bytes_of(image[i]), bytes_of(widened[i])) << "node " << i;
 
     hton_array_tree(image.bytes(), 3, 0);
     expect_network_node(widened.nodes[3], reinterpret_cast<uint8_t *>(&image[3]));
@@ -198,8 +194,8 @@ TEST(ImageByteOrder, NullImageAndSubtreeHeader)
     const std::vector<uint8_t> expected = {0, 0, 0, 1,    0,    0,    0,    2,    1,    2,
                                            3, 4, 0, 0,    0,    0,    0xFF, 0xFF, 0xFF, 0xFF,
                                            0, 0, 0, 0x80, 0xA5, 0xA5, 0xA5, 0xA5};
-    EXPECT_EQ(bytes_of(header, sizeof header), expected); // six words only
+    EXPECT_EQ(bytes_of(header), expected); // six words only
     ntoh_subtree_header(header);
     const uint32_t restored[] = {1, 2, 0x01020304, 0, 0xFFFFFFFF, 0x80, 0xA5A5A5A5};
-    EXPECT_EQ(bytes_of(header, sizeof header), bytes_of(restored, sizeof restored));
+    EXPECT_EQ(bytes_of(header), bytes_of(restored));
 }

@@ -4,7 +4,6 @@
 #define WEX_TEST_BYTES_H
 
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -44,12 +43,17 @@ struct Image {
     }
 };
 
+// The size bytes at data.
+inline Bytes bytes_of(const void *data, std::size_t size)
+{
+    const auto *bytes = static_cast<const uint8_t *>(data);
+    return Bytes(bytes, bytes + size);
+}
+
 // The bytes of a record, for comparing or scripting it.
 template <typename Record> Bytes bytes_of(const Record &record)
 {
-    Bytes bytes(sizeof record);
-    std::memcpy(bytes.data(), &record, sizeof record);
-    return bytes;
+    return bytes_of(&record, sizeof record);
 }
 
 } // namespace wex_test
