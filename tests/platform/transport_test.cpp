@@ -85,8 +85,10 @@ class Service
     }
     ~Service()
     {
-        if (status_ < 0)
-            kill(pid_, SIGKILL), waitpid(pid_, nullptr, 0);
+        if (status_ < 0) { // not reaped: the test ended early
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
     }
     int wait_exit(int signal = 0)
     {
