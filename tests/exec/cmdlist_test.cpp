@@ -78,10 +78,11 @@ class Cmdlist : public ::testing::Test
         return sandbox_path("/cmdlist/" + name);
     }
 
-    static uint32_t run(const std::string &path)
+    static uint32_t run(const std::string &path, uint32_t debug = 0)
     {
         wex_system_params_t p = {};
         p.q_val = 2;
+        p.debug = debug;
         std::memcpy(p.file_name, path.c_str(), path.size() + 1);
         return wex_execute_script_file2(&p);
     }
@@ -166,15 +167,20 @@ TEST_F(Cmdlist, AnUnreadableScriptFallsBackWithItsMessage)
     EXPECT_FALSE(file_exists(path + "_tmp"));
 }
 
-TEST_F(Cmdlist, ANameWhoseTemporaryWouldBeCutIsRefused)
+TEST_F(Cmdlist, ANameWhoseTemporaryWouldBeCutRunsWholeAndSaysSoUnderDebug)
 {
     write_sandbox_file("/volatile/wex_cmdlist_1", "");
     std::string name(123 - sandbox_path("/cmdlist/").size(), 'n');
     EXPECT_EQ(run(script(name, "a\n")), WEX_STATUS_SUCCESS);
     name += 'n';
-    EXPECT_EQ(run(script(name, "b\n")), WEX_STATUS_BAD_EXEC_RECORD);
+    const std::string path = script(name, "a\nb\n");
+    StubShell whole;
+    const std::string out = capture_stdout([&] { EXPECT_EQ(run(path, 1), WEX_STATUS_SUCCESS); });
+    EXPECT_EQ(out.substr(0, out.find('\n') + 1), "Unable to name temporary file for " + path + " err 36\n");
+    EXPECT_EQ(whole.log(), ran(path, "a\nb\n"));
     EXPECT_EQ(file_content(list_path(1)), "a\n");
-    EXPECT_EQ(file_content(sandbox_path("/cmdlist/" + name)), "b\n");
+    EXPECT_EQ(file_content(path), "a\nb\n");
+    EXPECT_FALSE(file_exists(path + "_tm"));
 }
 
 // Lines between "[script]" and "[end]" in the shells' log, counted.

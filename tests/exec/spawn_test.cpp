@@ -10,6 +10,9 @@
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
 #include <signal.h>
 #include <sys/time.h>
 
@@ -64,12 +67,19 @@ TEST(Spawn, StartsNoShellForNoTextAnUnknownModeOrAMissingFile)
     EXPECT_EQ(out.err, "No such file or directory\n");
     EXPECT_EQ(stub.log(), "");
 
-    // A shell that cannot be executed ends the child with 127.
-    const std::string shell = main_shell(), away = shell + ".away";
+    // A shell that cannot be executed ends the child with 127, without
+    // flushing the caller's buffered streams a second time.
+    const std::string shell = main_shell(), away = shell + ".away", pending = shell + ".pending";
+    std::FILE *buffered = std::fopen(pending.c_str(), "w");
+    ASSERT_TRUE(buffered);
+    std::fputs("once", buffered);
     ASSERT_EQ(std::rename(shell.c_str(), away.c_str()), 0);
     const int system_result = wex_system("x");
     ASSERT_EQ(std::rename(away.c_str(), shell.c_str()), 0);
+    std::fclose(buffered);
     EXPECT_EQ(system_result, 127 * 256);
+    std::ifstream written(pending);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), {}), "once");
 }
 
 volatile sig_atomic_t alarms = 0;

@@ -189,11 +189,17 @@ bool cmdlist_lines_equal(std::string_view script_line, std::string_view list_lin
 uint32_t cmdlist_filter(const wex_system_params_t &params) noexcept
 {
     // A temporary name cut to the field would name another file, perhaps the
-    // script itself, which the filter would then empty and delete.
+    // script itself, which the filter would then empty and delete: the script
+    // runs whole instead, as on every other path the filter cannot take.
     constexpr char kSuffix[] = "_tmp";
     const std::size_t name_length = strnlen(params.file_name, sizeof params.file_name);
-    if (name_length + sizeof kSuffix > sizeof params.file_name)
-        return WEX_STATUS_BAD_EXEC_RECORD;
+    if (name_length + sizeof kSuffix > sizeof params.file_name) {
+        if (params.debug)
+            std::printf("Unable to name temporary file for %.*s err %d\n", static_cast<int>(name_length),
+                        params.file_name, ENAMETOOLONG);
+        wex_system_params_t whole = params;
+        return wex_system_execute(&whole);
+    }
     TemporaryScript temporary;
     std::memcpy(temporary.name, params.file_name, name_length);
     std::memcpy(temporary.name + name_length, kSuffix, sizeof kSuffix);

@@ -37,7 +37,9 @@ const char *mode_option(int mode) noexcept
     char *argv[] = {const_cast<char *>(main_image ? "wex" : "wexboot"), const_cast<char *>(option),
                     const_cast<char *>(text), nullptr};
     execv(path, argv);
-    std::exit(127);
+    // The child must not run the parent's exit handlers nor flush its
+    // copied stdio buffers a second time.
+    _exit(127);
 }
 
 int wait_for_child(pid_t pid) noexcept
