@@ -3,6 +3,7 @@
 #include "ipcq.h"
 #include "ipcq_wire.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -11,7 +12,10 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <span>
 #include <utility>
+#include <vector>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -33,8 +37,11 @@ namespace
 // its replies cannot make its queue hold more connections than this.
 constexpr std::size_t kMaxPendingReplies = 64;
 // How long a receiver waits for the rest of a message once a sender has
-// connected, so a stalled sender cannot hold a queue.
+// connected; a stalled sender is dropped after it, and never holds up the
+// others meanwhile.
 constexpr std::chrono::seconds kFrameTimeout{5};
+// Senders whose message is still arriving; past this the oldest is dropped.
+constexpr std::size_t kMaxIncoming = 256;
 
 class Fd
 {
@@ -60,6 +67,19 @@ class Fd
     int fd_;
 };
 
+// A connection accepted on a queue whose message has not all arrived. The
+// payload grows only as bytes come, so a header that declares a huge
+// length costs nothing until the bytes are really sent.
+struct Incoming {
+    Fd connection;
+    Deadline deadline{kFrameTimeout};
+    FrameHeader header{};
+    std::size_t header_got = 0;
+    std::vector<std::byte> payload;
+
+    bool complete() const { return header_got == sizeof header && payload.size() == header.length; }
+};
+
 struct Queue {
     uint32_t address = 0;
     uint32_t number = 0;
@@ -69,6 +89,8 @@ struct Queue {
     uint32_t next_token = 1;
     std::deque<std::pair<uint32_t, Fd>> pending;
     int last_errno = 0;
+    std::mutex receiving;          // one receiver at a time owns incoming
+    std::deque<Incoming> incoming; // in the order the senders connected
 
     uint32_t take_token()
     {
@@ -126,7 +148,8 @@ Fd listen_on(const std::string &path)
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     const auto *raw = reinterpret_cast<const sockaddr *>(&address);
-    Fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    // Non-blocking: a receiver accepts every waiting sender and then goes on.
+    Fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (fd.get() < 0)
         return Fd{};
     if (bind(fd.get(), raw, sizeof address) != 0) {
@@ -217,24 +240,134 @@ int receive_reply(Queue &queue, ipcq_msg_handle_t *msg, uint32_t token, const De
     return 0;
 }
 
-// Waits for the next sender on the queue's socket and reads its message. A
-// signal ends the wait (EINTR), so a server loop can notice it is asked to
-// stop.
+bool acceptable_request(const FrameHeader &header)
+{
+    const bool kind_served = header.kind == static_cast<uint32_t>(Kind::one_way) ||
+                             header.kind == static_cast<uint32_t>(Kind::request);
+    return header.magic == ipcq_wire::kMagic && header.length <= IPCQ_MAX_PAYLOAD && kind_served;
+}
+
+// The next bytes a connection owes: the rest of the header, then of the
+// payload (a chunk at a time, the payload growing by what was asked).
+std::span<std::byte> next_bytes(Incoming &in)
+{
+    constexpr std::size_t kChunk = 64 * 1024;
+    if (in.header_got < sizeof in.header)
+        return {reinterpret_cast<std::byte *>(&in.header) + in.header_got, sizeof in.header - in.header_got};
+    const std::size_t had = in.payload.size();
+    const std::size_t want = std::min<std::size_t>(in.header.length - had, kChunk);
+    in.payload.resize(had + want);
+    return {in.payload.data() + had, want};
+}
+
+// Reads what has arrived on one connection. false when its sender is to be
+// dropped: it closed or failed before its message was whole, or sent
+// something that is no request.
+bool read_arrived(Incoming &in)
+{
+    while (!in.complete()) {
+        const std::span<std::byte> into = next_bytes(in);
+        const bool in_header = in.header_got < sizeof in.header;
+        const ssize_t got = recv(in.connection.get(), into.data(), into.size(), MSG_DONTWAIT);
+        const std::size_t kept = got > 0 ? static_cast<std::size_t>(got) : 0;
+        if (!in_header)
+            in.payload.resize(in.payload.size() - into.size() + kept);
+        if (got == 0)
+            return false;
+        if (got < 0)
+            return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
+        if (in_header && (in.header_got += kept) == sizeof in.header && !acceptable_request(in.header))
+            return false;
+    }
+    return true;
+}
+
+// Accepts every sender waiting on the queue's socket; when too many are
+// still sending, the one that connected first gives way.
+void accept_waiting(Queue &queue)
+{
+    for (std::size_t round = 0; round < kMaxIncoming; ++round) {
+        Fd connection(accept4(queue.listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (connection.get() < 0)
+            return;
+        if (queue.incoming.size() == kMaxIncoming)
+            queue.incoming.pop_front();
+        queue.incoming.emplace_back();
+        queue.incoming.back().connection = std::move(connection);
+    }
+}
+
+// Hands out the first whole message, in the order the senders connected.
+bool take_complete(Queue &queue, ipcq_msg_handle_t *msg)
+{
+    const auto whole = std::find_if(queue.incoming.begin(), queue.incoming.end(),
+                                    [](const Incoming &in) { return in.complete(); });
+    if (whole == queue.incoming.end())
+        return false;
+    std::unique_ptr<ipcq_msg, void (*)(ipcq_msg *)> message(new_message(whole->header), free_message);
+    if (!message)
+        throw std::bad_alloc();
+    if (whole->header.length > 0) {
+        message->payload = std::malloc(whole->header.length);
+        if (!message->payload)
+            throw std::bad_alloc();
+        std::memcpy(message->payload, whole->payload.data(), whole->header.length);
+    }
+    if (whole->header.kind == static_cast<uint32_t>(Kind::request))
+        message->reply_fd = whole->connection.release();
+    queue.incoming.erase(whole);
+    replace_message(msg, message.release());
+    return true;
+}
+
+// Reads every connection poll found ready and drops the senders that
+// failed, misbehaved or ran out of time.
+void read_ready(Queue &queue, const std::vector<pollfd> &polled)
+{
+    std::size_t at = 0;
+    for (std::size_t i = 1; i < polled.size(); ++i, ++at) {
+        Incoming &in = queue.incoming[at];
+        const bool ready = (polled[i].revents & (POLLIN | POLLHUP | POLLERR)) != 0;
+        if ((ready && !read_arrived(in)) || (!in.complete() && in.deadline.remaining_ms() == 0)) {
+            queue.incoming.erase(queue.incoming.begin() + static_cast<std::ptrdiff_t>(at));
+            --at;
+        }
+    }
+}
+
+// The socket and every connection still sending; the wait until the
+// sooner of the deadline and the first sender's time running out.
+std::vector<pollfd> poll_set(const Queue &queue, const Deadline &deadline, int &wait_ms)
+{
+    std::vector<pollfd> polled{{queue.listener.get(), POLLIN, 0}};
+    wait_ms = deadline.remaining_ms();
+    for (const Incoming &in : queue.incoming) {
+        polled.push_back({in.connection.get(), POLLIN, 0});
+        wait_ms = std::min(wait_ms, in.deadline.remaining_ms());
+    }
+    return polled;
+}
+
+// Waits for the next whole message from any sender on the queue's socket;
+// senders that connect and stall hold up nobody. A signal ends the wait
+// (EINTR), so a server loop can notice it is asked to stop.
 int receive_request(Queue &queue, ipcq_msg_handle_t *msg, const Deadline &deadline)
 {
-    const int ready = ipcq_wire::wait_readable(queue.listener.get(), deadline, true);
-    if (ready <= 0)
-        return queue.fail(ready == 0 ? ETIME : errno);
-    Fd connection(accept4(queue.listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    if (connection.get() < 0)
-        return queue.fail(errno);
-    ipcq_msg *request = read_message(connection.get(), Deadline(kFrameTimeout));
-    if (!request)
-        return queue.fail(errno);
-    if (request->header.kind == static_cast<uint32_t>(Kind::request))
-        request->reply_fd = connection.release();
-    replace_message(msg, request);
-    return 0;
+    const std::lock_guard lock(queue.receiving);
+    for (;;) {
+        if (take_complete(queue, msg))
+            return 0;
+        int wait_ms = 0;
+        std::vector<pollfd> polled = poll_set(queue, deadline, wait_ms);
+        const int ready = poll(polled.data(), polled.size(), wait_ms);
+        if (ready < 0)
+            return queue.fail(errno);
+        if (ready == 0 && deadline.remaining_ms() == 0)
+            return queue.fail(ETIME);
+        read_ready(queue, polled);
+        if (polled[0].revents & POLLIN)
+            accept_waiting(queue);
+    }
 }
 
 FrameHeader header_from(const Queue &queue, Kind kind, uint32_t opcode, uint32_t token, uint32_t length)
@@ -303,7 +436,8 @@ extern "C" int ipcq_open(uint32_t address, uint32_t queue)
         state->address = address;
         state->number = queue;
         state->path = ipcq_wire::queue_path(address, queue);
-        if (state->path.empty() || !ipcq_wire::ensure_runtime_dir())
+        if (state->path.empty() || !ipcq_wire::ensure_runtime_dir() ||
+            !ipcq_wire::socket_path_usable(state->path))
             return -1;
         state->listener = listen_on(state->path);
         if (state->listener.get() < 0)

@@ -97,7 +97,49 @@ std::string queue_path(uint32_t address, uint32_t queue)
 
 bool ensure_runtime_dir()
 {
-    return mkdir(runtime_dir().c_str(), 0700) == 0 || errno == EEXIST;
+    const std::string dir = runtime_dir();
+    if (mkdir(dir.c_str(), 0700) == 0)
+        return true;
+    if (errno != EEXIST)
+        return false;
+    // Whoever can write the directory can plant a socket where a queue is
+    // looked for: only the user's own private directory will do.
+    struct stat status {
+    };
+    const char *why = nullptr;
+    if (lstat(dir.c_str(), &status) != 0)
+        return false;
+    if (!S_ISDIR(status.st_mode))
+        why = "is not a directory";
+    else if (status.st_uid != getuid())
+        why = "belongs to another user";
+    else if ((status.st_mode & 077) != 0)
+        why = "is open to other users (it must be mode 0700)";
+    if (!why)
+        return true;
+    std::fprintf(stderr, "ipcq: runtime directory %s %s; refusing it\n", dir.c_str(), why);
+    errno = EACCES;
+    return false;
+}
+
+bool socket_path_usable(const std::string &path)
+{
+    struct stat status {
+    };
+    if (lstat(path.c_str(), &status) != 0)
+        return errno == ENOENT;
+    const char *why = nullptr;
+    if (S_ISLNK(status.st_mode))
+        why = "is a symbolic link";
+    else if (status.st_uid != getuid())
+        why = "belongs to another user";
+    else if (!S_ISSOCK(status.st_mode))
+        why = "is not a socket";
+    if (!why)
+        return true;
+    std::fprintf(stderr, "ipcq: queue socket %s %s; refusing it\n", path.c_str(), why);
+    errno = EACCES;
+    return false;
 }
 
 int connect_queue(uint32_t address, uint32_t queue, const Deadline &deadline)

@@ -47,8 +47,16 @@ class Deadline
 // with errno ENAMETOOLONG when it does not fit a socket address.
 std::string queue_path(uint32_t address, uint32_t queue);
 
-// Creates the runtime directory (private to the user) when it is missing.
+// Creates the runtime directory (private to the user) when it is missing;
+// refuses, with a line on standard error and EACCES, one that is not the
+// user's own private directory.
 bool ensure_runtime_dir();
+
+// Whether a queue may bind its socket at path: nothing there yet, or a
+// socket of the user's own (left by a process that died). A symbolic link
+// or another user's file is refused with a line on standard error and
+// EACCES.
+bool socket_path_usable(const std::string &path);
 
 // Connects to the queue's socket. Returns the descriptor, or -1 with errno.
 int connect_queue(uint32_t address, uint32_t queue, const Deadline &deadline);

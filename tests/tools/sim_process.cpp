@@ -28,12 +28,17 @@ std::vector<std::string> command_of(const std::string &program, const std::vecto
     return command;
 }
 
-pid_t spawn(const std::vector<std::string> &command, const std::string &dir, int out_fd, int err_fd)
+pid_t spawn(const std::vector<std::string> &command, const std::string &dir, int out_fd, int err_fd,
+            const ToolIo &io = {})
 {
     const pid_t pid = fork();
     if (pid != 0)
         return pid;
     setenv("IPCQ_RUNTIME_DIR", dir.c_str(), 1);
+    if (!io.in.empty())
+        dup2(open(io.in.c_str(), O_RDONLY), STDIN_FILENO);
+    if (!io.out.empty())
+        out_fd = open(io.out.c_str(), O_WRONLY);
     dup2(out_fd, STDOUT_FILENO);
     dup2(err_fd, STDERR_FILENO);
     std::vector<char *> argv;
@@ -133,12 +138,12 @@ std::string SimProcess::log()
 }
 
 ToolRun run_tool(const std::string &program, const std::vector<std::string> &args,
-                 const std::string &runtime_dir)
+                 const std::string &runtime_dir, const ToolIo &io)
 {
     int out[2], err[2];
     if (pipe(out) != 0 || pipe(err) != 0)
         return {-1, "", "no pipe"};
-    const pid_t pid = spawn(command_of(program, args), runtime_dir, out[1], err[1]);
+    const pid_t pid = spawn(command_of(program, args), runtime_dir, out[1], err[1], io);
     close(out[1]);
     close(err[1]);
     ToolRun run{-1, "", ""};

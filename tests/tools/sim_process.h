@@ -47,10 +47,16 @@ struct ToolRun {
     std::string err;
 };
 
+// Files in place of a tool's standard input and output (empty: a pipe).
+struct ToolIo {
+    std::string in;
+    std::string out;
+};
+
 // Runs a program (under the emulator when the tests run under one) with
 // the arguments, the transport's runtime directory set to runtime_dir.
 ToolRun run_tool(const std::string &program, const std::vector<std::string> &args,
-                 const std::string &runtime_dir);
+                 const std::string &runtime_dir, const ToolIo &io = {});
 
 } // namespace wex_test
 

@@ -6,6 +6,8 @@
 
 #include <cstdio>
 #include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <string>
 #include <vector>
 
@@ -99,6 +101,8 @@ TEST(Wexctl, ParCheckReportsEachBadImageWithItsNode)
         {"link loop", Image(2).child(0, 1).child(1, 1, true).write("loop.par"),
          "node 1: a loop through links"},
         {"chain of 40", chain(40).write("chain.par"), "more than 30 levels below node 0"},
+        {"rootless loop", Image(3).child(0, 1).child(2, 2).write("rootless.par"),
+         "node 2: lies on a loop of non-link children"},
         {"truncated", Image(2).write("cut.par", 1500), "size 1500 is not a whole number of 1000-byte nodes"},
     };
     for (const auto &b : bad) {
@@ -110,8 +114,61 @@ TEST(Wexctl, ParCheckReportsEachBadImageWithItsNode)
                                  << run.err; // a report, never a crash or the walks' own exit
         EXPECT_EQ(run.out.find("Error: Cycle"), std::string::npos) << b.what;
     }
-    EXPECT_EQ(wexctl({"par", "check", "/no/such.par"}).status, 2);
     EXPECT_EQ(wexctl({"par", "check", fine, "--node", "9"}).status, 1);
+    // A link into another non-link tree: that tree is in host order too
+    // before the loop check follows the link.
+    const std::string forest = Image(4).child(0, 1).child(0, 2, true).child(2, 3).write("forest.par");
+    EXPECT_EQ(wexctl({"par", "check", forest}).out, forest + ": 4 nodes, valid from node 0\n");
+}
+
+TEST(Wexctl, UntrustedFilesAndArgumentsGetOneLineAndStatusTwo)
+{
+    const std::string dir = WEX_TEST_SANDBOX, fifo = dir + "/wexctl.fifo", a = dir + "/a.cfg",
+                      nul = dir + "/nul.cfg", open_end = dir + "/open.cfg";
+    unlink(fifo.c_str());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::ofstream(a) << "a\n";
+    std::ofstream(nul) << std::string("a\n\0b\n", 5);
+    std::ofstream(open_end) << "a\nb";
+    const std::string usage_lock = "wexctl: lock needs a REQUESTER: a number from 0 to 4294967295\n";
+    const struct {
+        std::vector<std::string> args;
+        std::string err;
+        wex_test::ToolIo io = {};
+    } cases[] = {
+        {{"par", "check", dir}, "wexctl: " + dir + ": is a directory\n"},
+        {{"par", "dump", "/no/such.par"}, "wexctl: /no/such.par: No such file or directory\n"},
+        {{"diff", dir, fifo},
+         "wexctl: " + dir + ": is a directory\nwexctl: " + fifo + ": is a FIFO, not a regular file\n"},
+        {{"par", "check", "/dev/zero"}, "wexctl: /dev/zero: is a device, not a regular file\n"},
+        {{"par", "check", "-"},
+         "wexctl: standard input: is larger than the limit of 65536000 bytes\n",
+         {"/dev/zero", ""}},
+        {{"diff", nul, a},
+         "wexctl: " + nul + ": binary content (byte 0x00 on line 2), not compared as text\n"},
+        {{"lock", "abc"}, usage_lock},
+        {{"lock", "-1"}, usage_lock},
+        {{"lock", "99999999999"}, usage_lock},
+        {{"lock"}, usage_lock},
+        {{"unlock", "7", "--force", "8"},
+         "wexctl: unlock needs a REQUESTER: a number from 0 to 4294967295\n"},
+        {{"lock", "7", "--timeout", "0"}, "wexctl: --timeout needs SECONDS, from 1 to 3600\n"},
+        {{"--help"}, "wexctl: standard output: No space left on device\n", {"", "/dev/full"}},
+    };
+    for (const auto &c : cases) {
+        const ToolRun run = run_tool(WEXCTL_PATH, c.args, "/nonexistent", c.io);
+        EXPECT_EQ(run.status, 2) << c.args[0] << " " << c.args.back();
+        EXPECT_EQ(run.err, c.err);
+        EXPECT_EQ(run.out, "");
+    }
+    ToolRun run = wexctl({"diff", a, open_end});
+    EXPECT_EQ(run.status, 0); // "b" has no line end: the library leaves it out
+    EXPECT_EQ(run.err,
+              "wexctl: " + open_end + ": warning: the last line has no line end and takes no part\n");
+    run = run_tool(WEXCTL_PATH, {"diff", "-", a}, "/nonexistent", {a, ""});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(wexctl({"--version"}).out, "wexctl " WEX_PROJECT_VERSION "\n");
+    EXPECT_EQ(wexctl({"par", "--help"}).out.rfind("usage: wexctl par check FILE [--node N]\n", 0), 0u);
 }
 
 TEST(Wexctl, ParDumpPrintsTheTreeAndDiffComparesConfigurations)
@@ -155,8 +212,10 @@ TEST(Wexctl, DaemonCommandsAgainstTheSimulator)
     EXPECT_EQ(wexctl({"lock", "7"}, dir).out, "locked\n");
     ToolRun run = wexctl({"lock", "8"}, dir);
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "wexctl: locked refused: status 0x40540001\n");
-    EXPECT_EQ(wexctl({"unlock", "8", "--force"}, dir).status, 0);
+    EXPECT_EQ(run.err, "wexctl: lock refused: WEX_STATUS_FAILURE (0x40540001); held by requester 7\n");
+    EXPECT_EQ(wexctl({"lock", "--show"}, dir).out, "held by requester 7\n");
+    EXPECT_EQ(wexctl({"unlock", "8", "--force"}, dir).out, "unlocked\n");
+    EXPECT_EQ(wexctl({"lock", "--show"}, dir).out, "not held\n");
     run = wexctl({"role", "show", "ops"}, dir);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "\nRole: ops\n  Description: Operators\n  vsan policy: permit (default)\n"
@@ -168,7 +227,12 @@ TEST(Wexctl, DaemonCommandsAgainstTheSimulator)
     run = wexctl({"config", "show"}, dir);
     EXPECT_NE(run.out.find("switch name:        switch\n"), std::string::npos) << run.out;
     EXPECT_NE(wexctl({"iftable"}, dir).out.find("Displaying Interface Table"), std::string::npos);
-    EXPECT_EQ(wexctl({"iftable"}).status, 2); // no wexd there
+    run = wexctl({"iftable"}); // no wexd there
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err,
+              "Could not communicate with wexd\nwexctl: iftable: WEX_ERRNO_STATUS(ENOENT) (0x80540002)\n"
+              "Communication could not be established with the process\n");
 }
 
 } // namespace

@@ -10,6 +10,9 @@
 namespace wexctl
 {
 
+// How long a daemon command waits for wexd unless --timeout says otherwise.
+inline constexpr unsigned kDefaultTimeout = 3;
+
 // Runs the command when it is a daemon command, returning its exit status;
 // nullopt when the name is no daemon command.
 std::optional<int> run_daemon_command(const std::string &name, const std::vector<std::string> &args);

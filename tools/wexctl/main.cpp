@@ -1,17 +1,16 @@
 // wexctl: the files and texts libwex handles, and the daemon requests of
 // the shell, from the command line. Exit status: 0 fine (or the same), 1 a
-// problem found (or different, or refused), 2 trouble (usage, files, wexd).
+// problem found (or different, or refused), 2 trouble (usage, files, wexd,
+// writing the output).
 #include "daemon_commands.h"
+#include "input_file.h"
 #include "par_image.h"
+#include "program.h"
 
 #include <wex/output.h>
 #include <wex/parse_tree.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +20,11 @@ namespace
 
 using Args = std::vector<std::string>;
 
+constexpr const char *kProgram = "wexctl";
+// Configuration texts are read whole; past this they are not configurations.
+constexpr std::size_t kMaxTextBytes = 64u << 20;
+constexpr std::size_t kMaxImageBytes = wexctl::kMaxImageNodes * WEX_NODE_SIZE;
+
 constexpr const char *kUsage =
     "usage: wexctl COMMAND [ARGS]\n"
     "  par check FILE [--node N]   validate a .par image (network order)\n"
@@ -28,11 +32,26 @@ constexpr const char *kUsage =
     "  diff OLD NEW                compare two configuration files (exit 0 same, 1 different)\n"
     "  iftable                     wexd's interface table\n"
     "  trees                       wexd's tree table\n"
-    "  lock [REQUESTER]            take the CLI lock\n"
-    "  unlock [REQUESTER] [--force]  give it back (--force: whoever holds it)\n"
+    "  lock REQUESTER | --show     take the CLI lock, or show who holds it\n"
+    "  unlock REQUESTER [--force]  give it back (--force: whoever holds it)\n"
     "  role show [NAME]            one role, or every role\n"
     "  config show                 wexd's settings\n"
-    "Daemon commands use the transport under $IPCQ_RUNTIME_DIR. 'wexctl COMMAND --help' for one command.\n";
+    "FILE may be - for standard input. Daemon commands use the transport under $IPCQ_RUNTIME_DIR\n"
+    "and wait --timeout SECONDS for wexd (default 3). Exit status: 0 fine, 1 a problem found,\n"
+    "different or refused, 2 trouble. 'wexctl COMMAND --help' for one command; --version.\n";
+
+constexpr const char *kParUsage =
+    "usage: wexctl par check FILE [--node N]\n"
+    "       wexctl par dump FILE [--node N]\n"
+    "check validates the image from node N: whole nodes, counts, child indexes, one non-link\n"
+    "parent per node, depth and link loops; exit 0 valid, 1 problems (each named by node).\n"
+    "dump validates it, converts it to host order and prints the tree from node N.\n";
+
+constexpr const char *kDiffUsage =
+    "usage: wexctl diff OLD NEW\n"
+    "Prints the lines only in OLD (-) and only in NEW (+) under their parents; exit 0 when the\n"
+    "two hold the same lines, 1 otherwise, 2 when a file is not a configuration text. A last\n"
+    "line without a line end takes no part, with a warning.\n";
 
 int usage_error(const std::string &why)
 {
@@ -49,103 +68,116 @@ bool wants_help(const Args &args)
     return false;
 }
 
-std::optional<std::string> read_file(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        std::fprintf(stderr, "wexctl: cannot read %s: %s\n", path.c_str(), std::strerror(errno));
-        return std::nullopt;
-    }
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
 // FILE [--node N]
 bool par_arguments(const Args &args, std::string &path, uint32_t &start)
 {
-    if (args.empty())
+    if (args.size() != 1 && args.size() != 3)
         return false;
     path = args[0];
-    start = 0;
     if (args.size() == 1)
         return true;
-    if (args.size() != 3 || args[1] != "--node")
-        return false;
-    char *end = nullptr;
-    const unsigned long node = std::strtoul(args[2].c_str(), &end, 10);
-    start = static_cast<uint32_t>(node);
-    return *end == '\0' && !args[2].empty() && node <= 0xFFFF;
+    const std::optional<uint64_t> node = wex_tools::parse_number(args[2], wexctl::kMaxImageNodes - 1);
+    start = node ? static_cast<uint32_t>(*node) : 0;
+    return args[1] == "--node" && node;
 }
 
-int par_command(const Args &args, bool dump)
+int report_check(const std::string &path, const wexctl::ImageCheck &check, uint32_t start, bool dump)
+{
+    for (const std::string &problem : check.problems)
+        std::fprintf(dump ? stderr : stdout, "%s: %s\n", path.c_str(), problem.c_str());
+    if (!dump && check.problems.empty())
+        std::printf("%s: %u nodes, valid from node %u\n", path.c_str(), check.nodes, start);
+    return check.problems.empty() ? 0 : 1;
+}
+
+int par_command(const std::string &action, const Args &args)
 {
     if (wants_help(args)) {
-        std::printf(
-            dump ? "usage: wexctl par dump FILE [--node N]\nValidates the image, converts it to host order "
-                   "and prints the tree from node N.\n"
-                 : "usage: wexctl par check FILE [--node N]\nValidates the image from node N: whole nodes, "
-                   "counts, child indexes, one non-link parent per node, depth and link loops.\n");
+        std::fputs(kParUsage, stdout);
         return 0;
     }
     std::string path;
     uint32_t start = 0;
     if (!par_arguments(args, path, start))
-        return usage_error(std::string("par ") + (dump ? "dump" : "check") + " needs FILE [--node N]");
-    const std::optional<std::string> text = read_file(path);
-    if (!text)
+        return usage_error("par " + action + " needs FILE [--node N], N below " +
+                           std::to_string(wexctl::kMaxImageNodes));
+    const std::optional<std::string> bytes = wex_tools::read_input(kProgram, path, kMaxImageBytes);
+    if (!bytes)
         return 2;
-    std::vector<uint8_t> image(text->begin(), text->end());
+    std::vector<uint8_t> image(bytes->begin(), bytes->end());
     const wexctl::ImageCheck check = wexctl::check_image(image, start);
-    for (const std::string &problem : check.problems)
-        std::fprintf(dump ? stderr : stdout, "%s: %s\n", path.c_str(), problem.c_str());
-    if (!dump) {
-        if (check.problems.empty())
-            std::printf("%s: %u nodes, valid from node %u\n", path.c_str(), check.nodes, start);
-        return check.problems.empty() ? 0 : 1;
-    }
+    const bool dump = action == "dump";
+    const int status = report_check(path, check, start, dump);
     // The dump walks only the non-link tree, so link problems do not stop it.
-    if (!check.walkable)
-        return 1;
-    ntoh_array_tree(image.data(), start, 0);
+    if (!dump || !check.walkable)
+        return status;
+    wexctl::image_to_host_order(image, check);
     display_array_tree(image.data(), start, 0);
-    std::fflush(stdout);
-    return check.problems.empty() ? 0 : 1;
+    return status;
+}
+
+// A configuration text: its bytes, or nothing when it is none (said why).
+std::optional<std::string> read_text(const std::string &path)
+{
+    std::optional<std::string> text = wex_tools::read_input(kProgram, path, kMaxTextBytes);
+    if (!text)
+        return std::nullopt;
+    if (const std::optional<std::string> why = wex_tools::not_text(*text)) {
+        std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), why->c_str());
+        return std::nullopt;
+    }
+    if (!text->empty() && text->back() != '\n')
+        std::fprintf(stderr, "wexctl: %s: warning: the last line has no line end and takes no part\n",
+                     path.c_str());
+    return text;
 }
 
 int diff_command(const Args &args)
 {
     if (wants_help(args)) {
-        std::printf(
-            "usage: wexctl diff OLD NEW\nPrints the lines only in OLD (-) and only in NEW (+) under their "
-            "parents; exit 0 when the two hold the same lines, 1 otherwise.\n");
+        std::fputs(kDiffUsage, stdout);
         return 0;
     }
     if (args.size() != 2)
         return usage_error("diff needs OLD and NEW");
-    const std::optional<std::string> old_text = read_file(args[0]), new_text = read_file(args[1]);
+    const std::optional<std::string> old_text = read_text(args[0]);
+    const std::optional<std::string> new_text = read_text(args[1]);
     if (!old_text || !new_text)
         return 2;
     wex_diff(old_text->c_str(), new_text->c_str());
-    std::fflush(stdout);
     return wex_is_diff_same(old_text->c_str(), new_text->c_str()) ? 0 : 1;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(const Args &all)
 {
-    const Args all(argv + 1, argv + argc);
     if (all.empty())
         return usage_error("a command is needed");
     if (all[0] == "--help" || all[0] == "-h") {
         std::fputs(kUsage, stdout);
         return 0;
     }
+    if (wex_tools::print_version_if_asked(kProgram, {all[0]}))
+        return 0;
     const Args rest(all.begin() + 1, all.end());
     if (all[0] == "par" && !rest.empty() && (rest[0] == "check" || rest[0] == "dump"))
-        return par_command(Args(rest.begin() + 1, rest.end()), rest[0] == "dump");
+        return par_command(rest[0], Args(rest.begin() + 1, rest.end()));
+    if (all[0] == "par") {
+        if (wants_help(rest)) {
+            std::fputs(kParUsage, stdout);
+            return 0;
+        }
+        return usage_error("par needs check or dump");
+    }
     if (all[0] == "diff")
         return diff_command(rest);
     if (const std::optional<int> status = wexctl::run_daemon_command(all[0], rest))
         return *status;
     return usage_error("unknown command '" + all[0] + "'");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    return wex_tools::finish_output(kProgram, run(Args(argv + 1, argv + argc)));
 }

@@ -2,17 +2,16 @@
 
 #include <wex/parse_tree.h>
 
+#include <algorithm>
 #include <cstring>
-#include <functional>
 
 namespace wexctl
 {
 namespace
 {
 
-constexpr int32_t kMaxDepth = 30;      // the library's walks stop past this depth
-constexpr uint64_t kMaxPaths = 200000; // cycle_check visits every path; beyond this it could run for hours
-constexpr uint32_t kMaxChildren = 192;
+// The deepest level below a walk's start that the library's walks reach.
+constexpr int32_t kMaxDepth = WEX_TREE_MAX_DEPTH - 1;
 
 struct Node {
     uint16_t param_count;
@@ -33,7 +32,7 @@ Node read_node(const uint8_t *record)
               {},
               {}};
     const uint8_t *mask = record + offsetof(parse_tree_node, childlist_mask);
-    for (uint32_t i = 0; i < node.child_count && i < kMaxChildren; ++i) {
+    for (uint32_t i = 0; i < node.child_count && i < WEX_NODE_MAX_CHILDREN; ++i) {
         node.children.push_back(be16(record + offsetof(parse_tree_node, children) + 2 * i));
         node.is_link.push_back(((mask[i / 8] >> (i % 8)) & 1) != 0);
     }
@@ -45,17 +44,23 @@ std::string at(uint32_t index)
     return "node " + std::to_string(index) + ": ";
 }
 
-void check_records(const std::vector<Node> &nodes, ImageCheck &check)
+void check_counts(uint32_t i, const Node &node, ImageCheck &check)
+{
+    if (node.param_count > WEX_NODE_MAX_PARAMS)
+        check.problems.push_back(at(i) + "param_count " + std::to_string(node.param_count) + " (at most " +
+                                 std::to_string(WEX_NODE_MAX_PARAMS) + ")");
+    if (node.child_count > WEX_NODE_MAX_CHILDREN)
+        check.problems.push_back(at(i) + "child_count " + std::to_string(node.child_count) + " (at most " +
+                                 std::to_string(WEX_NODE_MAX_CHILDREN) + ")");
+}
+
+// Counts and child indexes of every node; each node's one non-link parent.
+std::vector<int64_t> check_records(const std::vector<Node> &nodes, ImageCheck &check)
 {
     std::vector<int64_t> parent(nodes.size(), -1);
     for (uint32_t i = 0; i < nodes.size(); ++i) {
         const Node &node = nodes[i];
-        if (node.param_count > 2)
-            check.problems.push_back(at(i) + "param_count " + std::to_string(node.param_count) +
-                                     " (at most 2)");
-        if (node.child_count > kMaxChildren)
-            check.problems.push_back(at(i) + "child_count " + std::to_string(node.child_count) +
-                                     " (at most 192)");
+        check_counts(i, node, check);
         for (std::size_t c = 0; c < node.children.size(); ++c) {
             const uint32_t child = node.children[c];
             if (child >= nodes.size()) {
@@ -70,46 +75,60 @@ void check_records(const std::vector<Node> &nodes, ImageCheck &check)
             }
         }
     }
+    return parent;
 }
 
-// The non-link tree from the start node: what the conversion and dump
-// walks visit. Each node has one non-link parent at most, so reaching a
-// node twice means a loop.
-bool check_tree(const std::vector<Node> &nodes, uint32_t start, ImageCheck &check)
+// The non-link tree below one root: what the conversion walks visit from
+// it. False, with the problem, when it runs deeper than the walks go.
+bool check_tree(const std::vector<Node> &nodes, uint32_t root, std::vector<bool> &seen, ImageCheck &check)
 {
-    std::vector<bool> seen(nodes.size(), false);
-    std::vector<std::pair<uint32_t, int32_t>> pending{{start, 0}};
-    seen[start] = true;
+    std::vector<std::pair<uint32_t, int32_t>> pending{{root, 0}};
+    seen[root] = true;
     while (!pending.empty()) {
         const auto [index, depth] = pending.back();
         pending.pop_back();
         if (depth > kMaxDepth) {
-            check.problems.push_back(at(index) + "more than 30 levels below node " + std::to_string(start));
+            check.problems.push_back(at(index) + "more than " + std::to_string(kMaxDepth) +
+                                     " levels below node " + std::to_string(root));
             return false;
         }
         for (std::size_t c = 0; c < nodes[index].children.size(); ++c) {
             const uint32_t child = nodes[index].children[c];
-            if (nodes[index].is_link[c])
-                continue;
-            if (seen[child]) {
-                check.problems.push_back(at(index) + "non-link child " + std::to_string(child) +
-                                         " closes a loop");
-                return false;
+            if (!nodes[index].is_link[c]) {
+                seen[child] = true;
+                pending.push_back({child, depth + 1});
             }
-            seen[child] = true;
-            pending.push_back({child, depth + 1});
         }
     }
     return true;
 }
 
-// Every edge, links too: a loop, or a path deeper than the limit, is what
-// cycle_check reports. Also counts the paths from the start, up to a cap.
+// Every node lies in exactly one non-link tree of bounded depth; a node no
+// root reaches sits on a loop of non-link children.
+bool check_forest(const std::vector<Node> &nodes, const std::vector<int64_t> &parent, ImageCheck &check)
+{
+    std::vector<bool> seen(nodes.size(), false);
+    for (uint32_t i = 0; i < nodes.size(); ++i) {
+        if (parent[i] >= 0)
+            continue;
+        check.roots.push_back(i);
+        if (!check_tree(nodes, i, seen, check))
+            return false;
+    }
+    const auto lost = std::find(seen.begin(), seen.end(), false);
+    if (lost == seen.end())
+        return true;
+    check.problems.push_back(at(static_cast<uint32_t>(lost - seen.begin())) +
+                             "lies on a loop of non-link children");
+    return false;
+}
+
+// Every edge from the start, links too: a loop, or a path deeper than the
+// walks go, is what cycle_check reports; found here first, it is named.
 struct LinkWalk {
     const std::vector<Node> &nodes;
     std::vector<int> state;      // 0 new, 1 on the path, 2 done
     std::vector<int32_t> height; // longest path below the node
-    std::vector<uint64_t> paths; // paths from the node, capped
     int64_t loop_at = -1;
     bool too_deep = false;
 
@@ -123,7 +142,6 @@ struct LinkWalk {
         }
         state[index] = 1;
         height[index] = 0;
-        paths[index] = 1;
         for (uint32_t child : nodes[index].children) {
             if (state[child] == 1 && loop_at < 0)
                 loop_at = child;
@@ -132,7 +150,6 @@ struct LinkWalk {
             if (loop_at >= 0 || too_deep)
                 return;
             height[index] = std::max(height[index], height[child] + 1);
-            paths[index] = std::min(kMaxPaths + 1, paths[index] + paths[child]);
         }
         state[index] = 2;
     }
@@ -141,8 +158,7 @@ struct LinkWalk {
 void check_links(const std::vector<Node> &nodes, const std::vector<uint8_t> &image, uint32_t start,
                  ImageCheck &check)
 {
-    LinkWalk walk{nodes, std::vector<int>(nodes.size(), 0), std::vector<int32_t>(nodes.size(), 0),
-                  std::vector<uint64_t>(nodes.size(), 0)};
+    LinkWalk walk{nodes, std::vector<int>(nodes.size(), 0), std::vector<int32_t>(nodes.size(), 0)};
     walk.visit(start, 0);
     if (walk.loop_at >= 0) {
         check.problems.push_back(at(static_cast<uint32_t>(walk.loop_at)) +
@@ -150,13 +166,12 @@ void check_links(const std::vector<Node> &nodes, const std::vector<uint8_t> &ima
         return;
     }
     if (walk.too_deep || walk.height[start] > kMaxDepth) {
-        check.problems.push_back(at(start) + "paths following links run more than 30 levels deep");
+        check.problems.push_back(at(start) + "paths following links run more than " +
+                                 std::to_string(kMaxDepth) + " levels deep");
         return;
     }
-    if (walk.paths[start] > kMaxPaths)
-        return;
     std::vector<uint8_t> host(image);
-    ntoh_array_tree(host.data(), start, 0);
+    image_to_host_order(host, check);
     if (cycle_check(host.data(), start, 0) != 0)
         check.problems.push_back(at(start) + "cycle_check finds a cycle or too deep a path");
 }
@@ -167,8 +182,8 @@ ImageCheck check_image(const std::vector<uint8_t> &image, uint32_t start)
 {
     ImageCheck check;
     if (image.empty() || image.size() % WEX_NODE_SIZE != 0) {
-        check.problems.push_back("size " + std::to_string(image.size()) +
-                                 " is not a whole number of 1000-byte nodes");
+        check.problems.push_back("size " + std::to_string(image.size()) + " is not a whole number of " +
+                                 std::to_string(WEX_NODE_SIZE) + "-byte nodes");
         return check;
     }
     check.nodes = static_cast<uint32_t>(image.size() / WEX_NODE_SIZE);
@@ -180,13 +195,19 @@ ImageCheck check_image(const std::vector<uint8_t> &image, uint32_t start)
     std::vector<Node> nodes;
     for (uint32_t i = 0; i < check.nodes; ++i)
         nodes.push_back(read_node(&image[std::size_t{i} * WEX_NODE_SIZE]));
-    check_records(nodes, check);
+    const std::vector<int64_t> parent = check_records(nodes, check);
     if (!check.problems.empty())
         return check;
-    check.walkable = check_tree(nodes, start, check);
+    check.walkable = check_forest(nodes, parent, check);
     if (check.walkable)
         check_links(nodes, image, start, check);
     return check;
+}
+
+void image_to_host_order(std::vector<uint8_t> &image, const ImageCheck &check)
+{
+    for (const uint32_t root : check.roots)
+        ntoh_array_tree(image.data(), root, 0);
 }
 
 } // namespace wexctl

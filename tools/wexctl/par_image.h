@@ -11,17 +11,24 @@
 namespace wexctl
 {
 
+// The largest image: child indexes are 16 bits wide.
+inline constexpr std::size_t kMaxImageNodes = 0x10000;
+
 struct ImageCheck {
     std::vector<std::string> problems; // one line each, naming the node
-    bool walkable = false;             // the conversion and dump walks are safe from the start node
+    bool walkable = false;             // the whole image converts to host order safely
     uint32_t nodes = 0;
+    std::vector<uint32_t> roots; // the nodes without a non-link parent
 };
 
 // Checks the image from the start node: whole nodes, counts, child
-// indexes, one non-link parent per node, the non-link tree's depth, and
-// link loops and depth following links (the library's cycle_check, where
-// the number of paths keeps it affordable).
+// indexes, one non-link parent per node, the depth of every non-link tree,
+// and loops and depth following links (then the library's cycle_check on
+// the image in host order).
 ImageCheck check_image(const std::vector<uint8_t> &image, uint32_t start);
+
+// Converts every node of a walkable image to host order, tree by tree.
+void image_to_host_order(std::vector<uint8_t> &image, const ImageCheck &check);
 
 } // namespace wexctl
 

@@ -5,6 +5,8 @@
 #include "bcp.h"
 #include "if_index.h"
 
+#include "ipcq.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -46,8 +48,18 @@ template <typename Record> bool read_record(const ipcq_request_info_t &request, 
     return true;
 }
 
+// The most a reply may carry: the transport's limit less the framing a
+// request/response reply puts in front.
+constexpr std::size_t kMaxReply = IPCQ_MAX_PAYLOAD - sizeof(bcp_header_t);
+// Placeholder bounds kept at most; their table reply stays far below kMaxReply.
+constexpr std::size_t kMaxSubtypes = 4096;
+
 void reply_bytes(ipcq_response_t &response, const void *bytes, std::size_t len, int32_t status = 0)
 {
+    if (len > kMaxReply) {
+        response.status = kFailure;
+        return;
+    }
     response.status = status;
     response.len = static_cast<uint32_t>(len);
     response.payload = len ? std::malloc(len) : nullptr;
@@ -169,6 +181,12 @@ void on_cli_lock(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_re
     if (!read_record(request, lock))
         return fail(queue, request, response, "short payload");
     SimState &state = *queue.state;
+    if (request.msg_type == WEX_MSG_TYPE_READ) {
+        const uint32_t holder[2] = {state.cli_locked ? 1u : 0u, state.cli_holder};
+        log_request(queue.number, request,
+                    state.cli_locked ? "held by requester " + hex(state.cli_holder) : "not held");
+        return reply_bytes(response, holder, sizeof holder);
+    }
     const bool held_by_other = state.cli_locked && state.cli_holder != lock.requester;
     const std::string who = "requester " + hex(lock.requester);
     if (lock.action == WEXD_CLI_LOCK) {
@@ -350,9 +368,13 @@ void on_dynamic_range(ServedQueue &queue, const ipcq_request_info_t &request, ip
     if (!read_record(request, range))
         return log_request(queue.number, request, "short payload, ignored");
     const std::string name = text_of(range.name, sizeof range.name);
-    queue.state->subtypes[name] = {range.lower, range.upper};
+    auto &subtypes = queue.state->subtypes;
+    const bool full = subtypes.size() == kMaxSubtypes && subtypes.count(name) == 0;
+    if (!full)
+        subtypes[name] = {range.lower, range.upper};
     log_request(queue.number, request,
-                name + " " + std::to_string(range.lower) + ".." + std::to_string(range.upper));
+                name + " " + std::to_string(range.lower) + ".." + std::to_string(range.upper) +
+                    (full ? " (table full, not stored)" : ""));
 }
 
 void on_subtype_table_get(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)

@@ -1,6 +1,8 @@
 // wexd-sim: a simulated wexd and parse-tree registration service on the
 // platform transport, for running features and the library off the switch.
 #include "handlers.h"
+#include "input_file.h"
+#include "program.h"
 #include "role_config.h"
 #include "sim_state.h"
 
@@ -14,7 +16,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,7 +25,9 @@
 namespace
 {
 
+constexpr const char *kProgram = "wexd-sim";
 volatile sig_atomic_t g_stop = 0;
+volatile sig_atomic_t g_reload = 0;
 
 constexpr uint32_t kQueues[] = {WEXD_QUEUE, PARSE_TREE_QUEUE, ASCII_CFG_SERVER_QUEUE, WEX_NOTIFY_QUEUE};
 
@@ -31,7 +36,7 @@ void usage(std::FILE *to)
     std::fputs("usage: wexd-sim [--config FILE]\n"
                "Serves wexd (queue 37), parse-tree registration (296), the configuration server (76)\n"
                "and notifications (0) at address fe000000 on the transport under $IPCQ_RUNTIME_DIR,\n"
-               "logging one line per message, until SIGTERM or SIGINT.\n"
+               "logging one line per message, until SIGTERM or SIGINT; SIGHUP reads FILE again.\n"
                "FILE holds the roles, rules and locales to serve:\n"
                "  role ops Operators of the fabric\n"
                "  rule 1 permit show all\n"
@@ -40,27 +45,56 @@ void usage(std::FILE *to)
                to);
 }
 
-bool load_config(const char *path, wexd_sim::SimState &state)
+// The roles file is read whole, and refused unless it is a regular file.
+constexpr std::size_t kMaxConfigBytes = 1u << 20;
+
+bool load_config(const std::string &path, wexd_sim::SimState &state)
 {
-    std::ifstream file(path);
-    if (!file) {
-        std::fprintf(stderr, "wexd-sim: cannot read %s: %s\n", path, std::strerror(errno));
+    const std::optional<std::string> text = wex_tools::read_input(kProgram, path, kMaxConfigBytes);
+    if (!text)
         return false;
-    }
+    std::istringstream lines(*text);
     wexd_sim::RoleConfig config;
     std::string error;
-    if (!wexd_sim::read_role_config(file, config, error)) {
-        std::fprintf(stderr, "wexd-sim: %s: %s\n", path, error.c_str());
+    if (!wexd_sim::read_role_config(lines, config, error)) {
+        std::fprintf(stderr, "wexd-sim: %s: %s\n", path.c_str(), error.c_str());
         return false;
     }
+    const std::lock_guard guard(state.lock);
     state.roles = std::move(config.roles);
     state.locales = std::move(config.locales);
     return true;
 }
 
-void on_signal(int)
+// SIGHUP: the roles file once more; a file that no longer reads keeps what
+// is served.
+void reload_config(const std::string &path, wexd_sim::SimState &state)
 {
-    g_stop = 1;
+    if (path.empty())
+        return;
+    if (load_config(path, state))
+        std::printf("wexd-sim: reloaded %s (%zu roles, %zu locales)\n", path.c_str(), state.roles.size(),
+                    state.locales.size());
+    else
+        std::printf("wexd-sim: kept the roles served: %s does not load\n", path.c_str());
+    std::fflush(stdout);
+}
+
+void on_signal(int signal)
+{
+    if (signal == SIGHUP)
+        g_reload = 1;
+    else
+        g_stop = 1;
+}
+
+void handle_signals()
+{
+    struct sigaction action {
+    };
+    action.sa_handler = on_signal;
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        sigaction(signal, &action, nullptr);
 }
 
 // Opens every queue, or none: the queues already opened are closed again.
@@ -86,26 +120,26 @@ bool open_queues(std::vector<wexd_sim::ServedQueue> &served, wexd_sim::SimState 
 int main(int argc, char **argv)
 {
     auto state = std::make_unique<wexd_sim::SimState>();
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg == "--help" || arg == "-h") {
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    if (wex_tools::print_version_if_asked(kProgram, args))
+        return wex_tools::finish_output(kProgram, 0);
+    std::string config_path;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--help" || args[i] == "-h") {
             usage(stdout);
-            return 0;
+            return wex_tools::finish_output(kProgram, 0);
         }
-        if (arg == "--config" && i + 1 < argc) {
-            if (!load_config(argv[++i], *state))
+        if (args[i] == "--config" && i + 1 < args.size()) {
+            config_path = args[++i];
+            if (!load_config(config_path, *state))
                 return 1;
             continue;
         }
-        std::fprintf(stderr, "wexd-sim: unknown argument '%s'\n", arg.c_str());
+        std::fprintf(stderr, "wexd-sim: unknown argument '%s'\n", args[i].c_str());
         usage(stderr);
         return 2;
     }
-    struct sigaction action {
-    };
-    action.sa_handler = on_signal;
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
+    handle_signals();
     std::vector<wexd_sim::ServedQueue> served;
     if (!open_queues(served, *state))
         return 1;
@@ -130,8 +164,13 @@ int main(int argc, char **argv)
             --serving;
         }).detach();
     }
-    while (serving > 0)
+    while (serving > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        if (g_reload) {
+            g_reload = 0;
+            reload_config(config_path, *state);
+        }
+    }
     for (const auto &queue : served)
         ipcq_close(queue.q);
     std::printf("wexd-sim: stopped\n");

@@ -1,5 +1,6 @@
 #include "role_config.h"
 
+#include <algorithm>
 #include <cstring>
 #include <sstream>
 
@@ -24,6 +25,16 @@ bool add_role(std::istringstream &line, RoleConfig &config, std::string &why)
     std::string name, description;
     if (!(line >> name) || name.size() >= WEXD_ROLE_NAME_SIZE) {
         why = "a role needs a name of at most 31 characters";
+        return false;
+    }
+    for (const wexd_perm_group_entry &known : config.roles) {
+        if (name == known.name) {
+            why = "role " + name + " is already defined";
+            return false;
+        }
+    }
+    if (config.roles.size() == kMaxRoles) {
+        why = "more than " + std::to_string(kMaxRoles) + " roles";
         return false;
     }
     std::getline(line >> std::ws, description);
@@ -66,6 +77,25 @@ bool add_rule(std::istringstream &line, RoleConfig &config, std::string &why)
     return true;
 }
 
+bool add_locale(std::istringstream &line, RoleConfig &config, std::string &why)
+{
+    std::string name;
+    if (!(line >> name) || name.size() >= WEXD_LOCALE_NAME_SIZE) {
+        why = "a locale needs a name of at most " + std::to_string(WEXD_LOCALE_NAME_SIZE - 1) + " characters";
+        return false;
+    }
+    if (std::find(config.locales.begin(), config.locales.end(), name) != config.locales.end()) {
+        why = "locale " + name + " is already defined";
+        return false;
+    }
+    if (config.locales.size() == kMaxLocales) {
+        why = "more than " + std::to_string(kMaxLocales) + " locales";
+        return false;
+    }
+    config.locales.push_back(name);
+    return true;
+}
+
 } // namespace
 
 bool read_role_config(std::istream &in, RoleConfig &config, std::string &error)
@@ -81,8 +111,8 @@ bool read_role_config(std::istream &in, RoleConfig &config, std::string &error)
             used = add_role(line, config, why);
         else if (keyword == "rule")
             used = add_rule(line, config, why);
-        else if (keyword == "locale" && (line >> keyword) && keyword.size() <= WEXD_LOCALE_NAME_SIZE)
-            used = (config.locales.push_back(keyword), true);
+        else if (keyword == "locale")
+            used = add_locale(line, config, why);
         else
             why = "unknown line (role, rule, locale)";
         if (!used) {

@@ -20,6 +20,10 @@
 namespace wexd_sim
 {
 
+// What one file may define: every reply that lists them stays small.
+inline constexpr std::size_t kMaxRoles = 1024;
+inline constexpr std::size_t kMaxLocales = 1024;
+
 struct RoleConfig {
     std::vector<wexd_perm_group_entry> roles;
     std::vector<std::string> locales;

@@ -1,0 +1,127 @@
+#include "input_file.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace wex_tools
+{
+namespace
+{
+
+class Descriptor
+{
+  public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    ~Descriptor()
+    {
+        if (fd_ > STDERR_FILENO)
+            close(fd_);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    int get() const { return fd_; }
+
+  private:
+    int fd_;
+};
+
+std::nullopt_t refuse(const char *program, const std::string &name, const std::string &why)
+{
+    std::fprintf(stderr, "%s: %s: %s\n", program, name.c_str(), why.c_str());
+    return std::nullopt;
+}
+
+const char *kind_of(mode_t mode)
+{
+    if (S_ISDIR(mode))
+        return "is a directory";
+    if (S_ISFIFO(mode))
+        return "is a FIFO, not a regular file";
+    if (S_ISCHR(mode) || S_ISBLK(mode))
+        return "is a device, not a regular file";
+    if (S_ISSOCK(mode))
+        return "is a socket, not a regular file";
+    return nullptr;
+}
+
+// Reads to the end, one byte past the limit at most, so an endless input
+// costs no more than the limit.
+std::optional<std::string> read_bounded(const char *program, const std::string &name, int fd,
+                                        std::size_t limit)
+{
+    std::string bytes;
+    char chunk[65536];
+    for (;;) {
+        const ssize_t got = read(fd, chunk, sizeof chunk);
+        if (got == 0)
+            return bytes;
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return refuse(program, name, std::strerror(errno));
+        if (bytes.size() + static_cast<std::size_t>(got) > limit)
+            return refuse(program, name, "is larger than the limit of " + std::to_string(limit) + " bytes");
+        bytes.append(chunk, static_cast<std::size_t>(got));
+    }
+}
+
+} // namespace
+
+std::optional<std::string> read_input(const char *program, const std::string &path, std::size_t limit)
+{
+    if (path == "-")
+        return read_bounded(program, "standard input", STDIN_FILENO, limit);
+    // Not blocking on the open: a FIFO without a writer would wait forever.
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.get() < 0)
+        return refuse(program, path, std::strerror(errno));
+    struct stat status {
+    };
+    if (fstat(file.get(), &status) != 0)
+        return refuse(program, path, std::strerror(errno));
+    if (const char *kind = kind_of(status.st_mode))
+        return refuse(program, path, kind);
+    if (static_cast<uint64_t>(status.st_size) > limit)
+        return refuse(program, path, "is larger than the limit of " + std::to_string(limit) + " bytes");
+    return read_bounded(program, path, file.get(), limit);
+}
+
+std::optional<std::string> not_text(std::string_view bytes)
+{
+    std::size_t line = 1;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte == '\n')
+            ++line;
+        // Tab, the line ends, form feed and escape occur in configuration
+        // texts; any other control byte does not.
+        if (byte >= 0x20 || (byte != 0 && std::strchr("\t\n\v\f\r\x1b", c) != nullptr))
+            continue;
+        char why[80];
+        std::snprintf(why, sizeof why, "binary content (byte 0x%02x on line %zu), not compared as text", byte,
+                      line);
+        return why;
+    }
+    return std::nullopt;
+}
+
+std::optional<uint64_t> parse_number(std::string_view word, uint64_t max)
+{
+    int base = 10;
+    if (word.size() > 2 && word[0] == '0' && (word[1] == 'x' || word[1] == 'X')) {
+        base = 16;
+        word.remove_prefix(2);
+    }
+    uint64_t value = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value, base);
+    if (word.empty() || error != std::errc{} || end != word.data() + word.size() || value > max)
+        return std::nullopt;
+    return value;
+}
+
+} // namespace wex_tools

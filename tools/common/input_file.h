@@ -1,0 +1,31 @@
+// Files and arguments a user hands a tool, taken as untrusted: read whole
+// within a stated limit, refused with one line that names the file and why.
+#ifndef WEX_TOOLS_INPUT_FILE_H
+#define WEX_TOOLS_INPUT_FILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace wex_tools
+{
+
+// The bytes of the regular file at path, or of standard input for "-", at
+// most limit of them. Anything else (a missing or unreadable file, a
+// directory, a device, a FIFO, more than limit bytes) prints
+// "PROGRAM: PATH: REASON" on standard error and gives nothing.
+std::optional<std::string> read_input(const char *program, const std::string &path, std::size_t limit);
+
+// Why the bytes are not a configuration text (a NUL or another control
+// byte, named with its line), or nothing when they are one.
+std::optional<std::string> not_text(std::string_view bytes);
+
+// A number typed as a whole word: decimal, or hexadecimal after "0x", no
+// sign, no blanks, at most max.
+std::optional<uint64_t> parse_number(std::string_view word, uint64_t max);
+
+} // namespace wex_tools
+
+#endif

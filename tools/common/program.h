@@ -1,0 +1,32 @@
+// What every program of the project does the same way: its version, the
+// end of its output, and a wait that cannot outlast a stated time.
+#ifndef WEX_TOOLS_PROGRAM_H
+#define WEX_TOOLS_PROGRAM_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace wex_tools
+{
+
+// "PROGRAM VERSION\n" on standard output when args hold --version; true
+// when they did.
+bool print_version_if_asked(const char *program, const std::vector<std::string> &args);
+
+// Flushes standard output and gives status, or 2 with a line on standard
+// error when the output could not be written (a full disk, a closed pipe).
+int finish_output(const char *program, int status);
+
+// Runs print with its standard output sent to standard error: the
+// library's own messages, where a tool reports trouble.
+void on_standard_error(const std::function<void()> &print);
+
+// Runs work and returns its result, unless it takes more than seconds:
+// then on_timeout runs and the process ends with exit status 2, whatever
+// work was still waiting for.
+int run_within(unsigned seconds, const std::function<int()> &work, const std::function<void()> &on_timeout);
+
+} // namespace wex_tools
+
+#endif
