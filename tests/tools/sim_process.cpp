@@ -8,6 +8,8 @@
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <fstream>
+#include <string>
 #include <vector>
 
 namespace wex_test
@@ -130,6 +132,16 @@ bool SimProcess::wait_for_log(const std::string &text)
     for (int i = 0; i < 50 && log_.find(text) == std::string::npos; ++i)
         log_ += read_available(out_fd_, 100);
     return log_.find(text) != std::string::npos;
+}
+
+long SimProcess::memory_kib() const
+{
+    std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmRSS:", 0) == 0)
+            return std::stol(line.substr(6));
+    }
+    return -1;
 }
 
 std::string SimProcess::log()

@@ -21,6 +21,9 @@ class SimProcess
     SimProcess &operator=(const SimProcess &) = delete;
 
     bool ready() const { return ready_; }
+    pid_t pid() const { return pid_; }
+    // The simulator's resident memory in KiB, from /proc.
+    long memory_kib() const;
     const std::string &runtime_dir() const { return dir_; }
     // Sends SIGTERM and returns the exit status (-1 when it did not exit);
     // once stopped, the same status again.

@@ -13,7 +13,15 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -203,6 +211,157 @@ TEST_F(WexdSimTest, MalformedRequestsAreRefusedAndServingGoesOn)
     EXPECT_EQ(second.status, 1);
     EXPECT_NE(second.err.find("is another wexd running?"), std::string::npos) << second.err;
     EXPECT_EQ(wex_test::run_tool(WEXD_SIM_PATH, {"--bogus"}, sim_.runtime_dir()).status, 2);
+}
+
+// A sender on a queue's socket that writes what it likes.
+class RawPeer
+{
+  public:
+    RawPeer(const std::string &dir, uint32_t queue)
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::snprintf(address.sun_path, sizeof address.sun_path, "%s/fe000000.%u", dir.c_str(), queue);
+        fd_ = socket(AF_UNIX, SOCK_STREAM, 0);
+        connected_ = connect(fd_, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+    }
+    ~RawPeer() { close(fd_); }
+    bool connected() const { return connected_; }
+    void send_words(std::initializer_list<uint32_t> words) const
+    {
+        const std::vector<uint32_t> bytes(words);
+        EXPECT_EQ(write(fd_, bytes.data(), bytes.size() * 4), static_cast<ssize_t>(bytes.size() * 4));
+    }
+    // Whether the queue hangs up on the sender, rather than answering or
+    // leaving it waiting (for three seconds here).
+    bool hung_up() const
+    {
+        const timeval wait{3, 0};
+        setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
+        char byte;
+        const ssize_t got = recv(fd_, &byte, 1, 0);
+        return got == 0 || (got < 0 && errno == ECONNRESET);
+    }
+
+  private:
+    int fd_ = -1;
+    bool connected_ = false;
+};
+
+// A request that must be answered well within the transport's five-second
+// wait for a stalled sender.
+int32_t prompt_switchname_set(int q)
+{
+    wexd_wex_config_msg msg{};
+    robust_strncpy(msg.config.switchname, "prompt", sizeof msg.config.switchname);
+    uint32_t len = sizeof msg;
+    return bcp_req_resp(WEX_OPC_SWITCHNAME_SET, 3, &msg, nullptr, &len, "", "", WEXD_QUEUE, q, 2);
+}
+
+TEST_F(WexdSimTest, HostilePeersNeitherStallNorGrowIt)
+{
+    const long memory_before = sim_.memory_kib();
+    const uint32_t magic = 0x49504351, request = 2, notify = WEX_OPC_CFG_CHANGE_NOTIFY;
+    const std::string dir = sim_.runtime_dir();
+    std::vector<std::unique_ptr<RawPeer>> idle;
+    for (int i = 0; i < 3; ++i)
+        idle.push_back(std::make_unique<RawPeer>(dir, WEXD_QUEUE));
+    EXPECT_EQ(prompt_switchname_set(q_), 0);
+    const struct {
+        const char *what;
+        std::initializer_list<uint32_t> words;
+    } frames[] = {
+        {"a length past the limit", {magic, request, WEX_OPC_CONFIG_GET, 0, 1, 1, 0xFFFFFFFF, 0}},
+        {"garbage", {0xDEADBEEF, 1, 2, 3, 4, 5, 6, 7}},
+        {"an unknown kind", {magic, 9, notify, 0, 1, 1, 4, 0, 4242}},
+    };
+    for (const auto &frame : frames) {
+        RawPeer peer(dir, frame.what[0] == 'a' && frame.what[1] == 'n' ? WEX_NOTIFY_QUEUE : WEXD_QUEUE);
+        peer.send_words(frame.words);
+        EXPECT_TRUE(peer.hung_up()) << frame.what;
+        EXPECT_EQ(prompt_switchname_set(q_), 0) << frame.what;
+    }
+    {
+        RawPeer truncated(dir, WEXD_QUEUE);
+        truncated.send_words({magic, request, WEX_OPC_CONFIG_GET, 0, 1, 1, 100, 0, 1, 2});
+    }
+    struct rlimit files;
+    getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = std::min<rlim_t>(files.rlim_max, 1100);
+    setrlimit(RLIMIT_NOFILE, &files);
+    for (int i = 0; i < 1000 && files.rlim_cur >= 1100; ++i)
+        idle.push_back(std::make_unique<RawPeer>(dir, WEXD_QUEUE));
+    EXPECT_TRUE(idle.back()->connected());
+    EXPECT_EQ(prompt_switchname_set(q_), 0);
+    idle.clear();
+
+    // Every table is bounded: past 1,024 placeholders the rest are not kept,
+    // and the table still travels.
+    for (int i = 0; i < 1100; ++i) {
+        const int32_t bounds[2] = {0, i};
+        const std::string name = "<p" + std::to_string(i) + ">";
+        ASSERT_EQ(wexd_set_dynamic_integer_range(q_, name.c_str(), &bounds[0], &bounds[1]), 0);
+        // The log is read as it comes, or the simulator waits on its pipe.
+        if (i % 200 == 0) {
+            ASSERT_TRUE(sim_.wait_for_log(name));
+        }
+    }
+    ASSERT_TRUE(sim_.wait_for_log("<p1099> 0..1099 (table full, not stored)"));
+    void *table = nullptr;
+    uint32_t len = 0;
+    ASSERT_EQ(
+        bcp_req_resp(WEX_OPC_PARAM_SUBTYPE_TABLE_GET, 1, nullptr, &table, &len, "", "", WEXD_QUEUE, q_, 5),
+        0);
+    EXPECT_EQ(len, 1024u * sizeof(wexd_dynamic_range_msg));
+    std::free(table);
+    EXPECT_LT(sim_.memory_kib() - memory_before, 32 * 1024);
+    EXPECT_EQ(ipcq_send(q_, WEX_DEST_ADDRESS, 99, 1, nullptr, 0, nullptr, 0, nullptr), -1);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(sim_.log().find("4242"), std::string::npos); // the unknown kind reached no handler
+}
+
+TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
+{
+    char pattern[] = "/tmp/wexd-sim-files-XXXXXX";
+    const std::string dir = mkdtemp(pattern), twice = dir + "/twice.conf";
+    std::ofstream(twice) << "role ops\nrole ops\n";
+    const std::string sim = WEXD_SIM_PATH;
+    const struct {
+        std::vector<std::string> args;
+        std::string err;
+    } refusals[] = {
+        {{"--config", dir}, "wexd-sim: " + dir + ": is a directory\n"},
+        {{"--config", twice}, "wexd-sim: " + twice + ": line 2: role ops is already defined\n"},
+    };
+    for (const auto &refusal : refusals) {
+        const wex_test::ToolRun run = wex_test::run_tool(sim, refusal.args, dir);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.err, refusal.err);
+    }
+    chmod(dir.c_str(), 0777);
+    wex_test::ToolRun run = wex_test::run_tool(sim, {}, dir);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err.substr(0, run.err.find('\n') + 1),
+              "ipcq: runtime directory " + dir +
+                  " is open to other users (it must be mode 0700); refusing it\n");
+    chmod(dir.c_str(), 0700);
+    ASSERT_EQ(symlink("/tmp/elsewhere", (dir + "/fe000000.37").c_str()), 0);
+    run = wex_test::run_tool(sim, {}, dir);
+    EXPECT_EQ(run.err.substr(0, run.err.find('\n') + 1),
+              "ipcq: queue socket " + dir + "/fe000000.37 is a symbolic link; refusing it\n");
+    std::filesystem::remove_all(dir);
+    EXPECT_EQ(wex_test::run_tool(sim, {"--version"}, "/nonexistent").out,
+              "wexd-sim " WEX_PROJECT_VERSION "\n");
+
+    SimProcess served("role ops\n");
+    ASSERT_TRUE(served.ready());
+    std::ofstream(served.runtime_dir() + "/roles.conf") << "role ops\nrole audit\n";
+    kill(served.pid(), SIGHUP);
+    EXPECT_TRUE(served.wait_for_log("wexd-sim: reloaded " + served.runtime_dir() +
+                                    "/roles.conf (2 roles, 0 locales)"));
+    EXPECT_EQ(served.stop(), 0);
+    for (const auto &entry : std::filesystem::directory_iterator(served.runtime_dir()))
+        EXPECT_FALSE(entry.is_socket()) << entry.path(); // every queue's socket went with it
 }
 
 } // namespace

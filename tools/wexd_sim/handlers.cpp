@@ -52,7 +52,7 @@ template <typename Record> bool read_record(const ipcq_request_info_t &request, 
 // request/response reply puts in front.
 constexpr std::size_t kMaxReply = IPCQ_MAX_PAYLOAD - sizeof(bcp_header_t);
 // Placeholder bounds kept at most; their table reply stays far below kMaxReply.
-constexpr std::size_t kMaxSubtypes = 4096;
+constexpr std::size_t kMaxSubtypes = 1024;
 
 void reply_bytes(ipcq_response_t &response, const void *bytes, std::size_t len, int32_t status = 0)
 {
