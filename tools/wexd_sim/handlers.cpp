@@ -413,7 +413,9 @@ void on_default_intf(ServedQueue &queue, const ipcq_request_info_t &request, ipc
         std::memcpy(&index, indexes + 4 * i, sizeof index);
         char name[64];
         sprintf_if_index(name, index);
-        names += (i ? " " : "") + std::string(name[0] ? name : "?");
+        if (i > 0)
+            names += ' ';
+        names += name[0] ? name : "?";
     }
     log_request(queue.number, request,
                 "values " + hex(head[0]) + " " + hex(head[1]) + ", " + std::to_string(head[2]) +
