@@ -87,30 +87,55 @@ int synchronous_request(int q, uint32_t opcode, std::span<std::byte> out, std::s
     return 0;
 }
 
-int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply,
-                     const char *text1, const char *text2)
+int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, const char *text1,
+                     const char *text2)
 {
-    if (reply)
-        *reply = nullptr;
-    return bcp_req_resp(call.opcode, call.msg_type, request, reply, len, text1, text2, call.dest_queue, q,
+    return bcp_req_resp(call.opcode, call.msg_type, request, nullptr, len, text1, text2, call.dest_queue, q,
                         call.timeout);
 }
 
-int read_reply(int q, const BcpCall &call, void **reply, uint32_t *len)
+int exchange(int q, const BcpCall &call, std::span<const std::byte> request, Reply &reply)
 {
-    *len = 0;
-    const int result = request_response(q, call, nullptr, len, reply);
-    if (!*reply)
-        *len = 0;
+    void *bytes = nullptr;
+    reply.len = static_cast<uint32_t>(request.size());
+    const int result = bcp_req_resp(call.opcode, call.msg_type, request.empty() ? nullptr : request.data(),
+                                    &bytes, &reply.len, "", "", call.dest_queue, q, call.timeout);
+    reply.bytes.reset(static_cast<std::byte *>(bytes));
+    if (!bytes)
+        reply.len = 0;
     return result;
+}
+
+std::optional<int> request_over_transport(int q, const BcpCall &call, std::span<const std::byte> request,
+                                          Reply &reply)
+{
+    ipcq_msg_handle_t sent = nullptr;
+    bcp_send_request(call.opcode, call.msg_type, request.empty() ? nullptr : request.data(),
+                     static_cast<uint32_t>(request.size()), "", "", WEX_DEST_ADDRESS, call.dest_queue, q,
+                     &sent);
+    ipcq_recv_options_t options{};
+    options.version = 1;
+    options.timeout_s = call.timeout;
+    options.rr_token = ipcq_rr_token_get(&sent);
+    ipcq_drop(q, &sent);
+    // A request that never went out has no token and no answer to wait for;
+    // a receive without a token would take whatever arrives next instead.
+    ipcq_msg_handle_t answer = nullptr;
+    if (options.rr_token == 0 || ipcq_recv(q, &answer, &options) != 0)
+        return std::nullopt;
+    void *payload = nullptr;
+    const int status = bcp_parse_response(&answer, &payload, &reply.len);
+    reply.bytes.reset(static_cast<std::byte *>(payload));
+    if (!payload)
+        reply.len = 0;
+    ipcq_drop(q, &answer);
+    return status;
 }
 
 int32_t verify_name(int q, const BcpCall &call, std::span<const std::byte> record, int32_t unknown_status)
 {
-    void *reply = nullptr;
-    uint32_t len = static_cast<uint32_t>(record.size());
-    const int result = request_response(q, call, record.data(), &len, &reply);
-    std::free(reply);
+    Reply reply;
+    const int result = exchange(q, call, record, reply);
     if (result == 0)
         return 0;
     if (result != unknown_status)
@@ -120,14 +145,12 @@ int32_t verify_name(int q, const BcpCall &call, std::span<const std::byte> recor
 
 int32_t query(int q, const BcpCall &call, std::span<const std::byte> record, void **buf, uint32_t *len)
 {
-    void *reply = nullptr;
-    *len = static_cast<uint32_t>(record.size());
-    const int result = request_response(q, call, record.data(), len, &reply);
-    if (result != 0) {
-        std::free(reply);
+    Reply reply;
+    const int result = exchange(q, call, record, reply);
+    *len = reply.len;
+    if (result != 0)
         return query_status(result);
-    }
-    *buf = reply;
+    *buf = reply.release();
     return 0;
 }
 

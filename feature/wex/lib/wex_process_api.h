@@ -6,8 +6,11 @@
 
 #include <wex/wexd_client.h>
 
+#include "common/alloc.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace wex::daemon
@@ -46,6 +49,9 @@ inline constexpr BcpCall kDynamicParfileNameGet{WEX_OPC_DYNAMIC_PARFILE_NAME_GET
 inline constexpr BcpCall kLocaleNameVerify{WEX_OPC_LOCALE_NAME_VERIFY, WEX_MSG_TYPE_READ, WEXD_QUEUE,
                                            kWexdTimeout};
 inline constexpr BcpCall kLocaleInfoGet{WEX_OPC_LOCALE_INFO_GET, WEX_MSG_TYPE_READ, WEXD_QUEUE, kWexdTimeout};
+// Its answer is awaited with the transport's own wait (a time-out of 0).
+inline constexpr BcpCall kFeaturePrivilegeGet{WEX_OPC_FEATURE_PRIVILEGE_GET, WEX_MSG_TYPE_READ, WEXD_QUEUE,
+                                              0};
 
 // A configuration write: the opcode names the setting (917, 935, 936, 7661,
 // 7687, 7688).
@@ -89,17 +95,25 @@ int send_and_drop(int q, uint32_t dest_queue, uint32_t opcode, std::span<const s
 // then no further transport call is made).
 int synchronous_request(int q, uint32_t opcode, std::span<std::byte> out, std::size_t *reply_size);
 
-// A request/response call; the two texts are empty unless the caller
-// supplies its own. request may be empty; *len goes in as the request's
-// length and comes back as the reply's; the reply, when reply is not null,
-// is the caller's to free. Returns the bcp_req_resp result.
-int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, void **reply,
-                     const char *text1 = "", const char *text2 = "");
+// A request/response call that wants no reply; the two texts are empty
+// unless the caller supplies its own. *len goes in as the request's length.
+// Returns the bcp_req_resp result.
+int request_response(int q, const BcpCall &call, const void *request, uint32_t *len, const char *text1 = "",
+                     const char *text2 = "");
 
-// A read without request payload: *reply receives the reply (the caller's
-// to free; NULL when there is none) and *len its length (0 when there is
-// none). Returns the bcp_req_resp result.
-int read_reply(int q, const BcpCall &call, void **reply, uint32_t *len);
+// A reply the library holds until it hands it on: its bytes (none when the
+// reply carried none) and their length (0 then).
+struct Reply {
+    wex::MallocPtr<std::byte> bytes;
+    uint32_t len = 0;
+
+    // Gives the bytes to a caller, who releases them with free().
+    void *release() { return bytes.release(); }
+};
+
+// A request/response call whose reply lands in reply; request may be
+// empty. Returns the bcp_req_resp result.
+int exchange(int q, const BcpCall &call, std::span<const std::byte> request, Reply &reply);
 
 // A name verification (roles, locales): asks wexd about the record that
 // names it and releases the reply unread. 0 when wexd knows the name, -1
@@ -112,6 +126,13 @@ int32_t verify_name(int q, const BcpCall &call, std::span<const std::byte> recor
 // reply (the caller's to free), otherwise the reply is released, *buf is
 // untouched and the result is query_status of the exchange.
 int32_t query(int q, const BcpCall &call, std::span<const std::byte> record, void **buf, uint32_t *len);
+
+// A request with a request/response header sent and answered over the
+// transport itself: the reply's payload lands in reply. The reply's status
+// (-1 when it is no well-formed reply), or nothing when the request did not
+// go out or no reply came.
+std::optional<int> request_over_transport(int q, const BcpCall &call, std::span<const std::byte> request,
+                                          Reply &reply);
 
 // The result of a query: -1 (no exchange) becomes WEX_STATUS_NO_EXCHANGE,
 // wexd's statuses pass through.

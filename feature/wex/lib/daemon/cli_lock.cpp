@@ -3,9 +3,6 @@
 
 #include "wex_process_api.h"
 
-#include <cerrno>
-#include <cstdlib>
-
 namespace frame = wex::daemon;
 
 extern "C" {
@@ -14,11 +11,8 @@ WEX_API int32_t wexd_send_lock_unlock_notification(int32_t q, uint32_t action, u
                                                    uint32_t mode) noexcept
 {
     const wexd_cli_lock_req request{action, requester, mode};
-    void *reply = nullptr;
-    uint32_t len = sizeof request;
-    const int result = frame::request_response(q, frame::kCliLock, &request, &len, &reply);
-    std::free(reply);
-    return result < 0 ? WEX_ERRNO_STATUS(errno) : result;
+    frame::Reply reply;
+    return frame::write_status(frame::exchange(q, frame::kCliLock, frame::bytes_of(request), reply));
 }
 
 WEX_API int32_t wexd_cli_lock(int32_t q, uint32_t requester) noexcept

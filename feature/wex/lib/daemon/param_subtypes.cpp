@@ -54,18 +54,6 @@ int32_t send_range(int32_t q, const char *name, int32_t lower, int32_t upper) no
     return 0;
 }
 
-// A read without request payload whose reply is the caller's; a failed
-// read leaves the caller no reply.
-int32_t read_table(int32_t q, const frame::BcpCall &call, void **reply, uint32_t *len) noexcept
-{
-    const int32_t result = frame::read_reply(q, call, reply, len);
-    if (result != 0) {
-        std::free(*reply);
-        *reply = nullptr;
-    }
-    return result;
-}
-
 } // namespace
 
 extern "C" {
@@ -109,37 +97,36 @@ WEX_API int32_t wexd_param_subtype_table_get(int32_t q, void **reply) noexcept
 {
     if (!reply)
         return -1;
-    uint32_t len = 0;
-    return read_table(q, frame::kParamSubtypeTableGet, reply, &len);
+    frame::Reply table;
+    const int32_t result = frame::exchange(q, frame::kParamSubtypeTableGet, {}, table);
+    // A failed read leaves the caller no reply.
+    *reply = result == 0 ? table.release() : nullptr;
+    return result;
 }
 
 WEX_API int32_t wexd_tree_table_get(int32_t q, tree_table **reply) noexcept
 {
     if (!reply)
         return -1;
-    void *table = nullptr;
-    uint32_t len = 0;
-    const int32_t result = read_table(q, frame::kTreeTableGet, &table, &len);
+    frame::Reply table;
+    const int32_t result = frame::exchange(q, frame::kTreeTableGet, {}, table);
     // The caller walks the table by its layout: a shorter reply is no table.
-    if (result == 0 && len < sizeof(tree_table)) {
-        std::free(table);
+    if (result == 0 && table.len < sizeof(tree_table)) {
         *reply = nullptr;
         return -1;
     }
-    *reply = static_cast<tree_table *>(table);
+    *reply = result == 0 ? static_cast<tree_table *>(table.release()) : nullptr;
     return result;
 }
 
 WEX_API int32_t wexd_generate_main_tree(int32_t q) noexcept
 {
-    void *reply = nullptr;
-    uint32_t len = 0;
-    read_table(q, frame::kMainTreeGenerate, &reply, &len);
+    frame::Reply reply;
+    const int result = frame::exchange(q, frame::kMainTreeGenerate, {}, reply);
     int32_t word = -1;
     // Without a whole word in the reply there is no outcome to report.
-    if (reply && len >= sizeof word)
-        std::memcpy(&word, reply, sizeof word);
-    std::free(reply);
+    if (result == 0 && reply.len >= sizeof word)
+        std::memcpy(&word, reply.bytes.get(), sizeof word);
     return word;
 }
 

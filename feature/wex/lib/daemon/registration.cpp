@@ -38,7 +38,7 @@ tree_table_entry tree_entry(const char *module_id, const char *par_file_name)
 int32_t register_tree_entry(int32_t q, const frame::BcpCall &call, const tree_table_entry &entry)
 {
     uint32_t len = sizeof entry;
-    const int result = frame::request_response(q, call, &entry, &len, nullptr);
+    const int result = frame::request_response(q, call, &entry, &len);
     return call.opcode == WEX_OPC_PARSE_TREE_REGISTER ? frame::registration_status(result)
                                                       : frame::write_status(result);
 }

@@ -20,8 +20,6 @@ namespace
 constexpr std::size_t kReplyNameOffset = 4;
 constexpr std::size_t kReplyNameEnd = kReplyNameOffset + WEXD_ROLE_NAME_SIZE;
 
-using Block = wex::MallocPtr<std::byte>;
-
 wexd_perm_group_conf_cli_wrapper role_request(uint32_t query_kind, const char *name) noexcept
 {
     wexd_perm_group_conf_cli_wrapper request;
@@ -40,20 +38,6 @@ int32_t verify_static_role(const char *name) noexcept
     return network_role && wex::context_number() != 1 ? -1 : 0;
 }
 
-// One exchange of a role query; the reply, if any, lands in reply.
-int role_exchange(int32_t q, uint32_t msg_type, const wexd_perm_group_conf_cli_wrapper &request, Block &reply,
-                  uint32_t &reply_len) noexcept
-{
-    void *payload = nullptr;
-    reply_len = sizeof request;
-    const int result = frame::request_response(q, frame::with_msg_type(frame::kRoleInfoGet, msg_type),
-                                               &request, &reply_len, &payload);
-    reply.reset(static_cast<std::byte *>(payload));
-    if (!payload)
-        reply_len = 0;
-    return result;
-}
-
 // Gathers every role, one reply per role, each request naming the role of
 // the reply before it. Ends at the first reply without payload, or when the
 // next reply would not fit the gathering limit.
@@ -62,16 +46,17 @@ int32_t gather_all_roles(int32_t q, uint32_t msg_type, wexd_perm_group_conf_cli_
 {
     // Without room to gather into, nothing could be handed out: as if no
     // exchange had happened.
-    Block gathered(static_cast<std::byte *>(wex::mem_alloc(WEXD_ROLE_GATHER_LIMIT)));
+    wex::MallocPtr<std::byte> gathered(static_cast<std::byte *>(wex::mem_alloc(WEXD_ROLE_GATHER_LIMIT)));
     if (!gathered)
         return WEX_STATUS_NO_EXCHANGE;
     *len = 0;
     const uint32_t next_type =
         msg_type == WEX_MSG_TYPE_ROLE_READ ? WEX_MSG_TYPE_ROLE_READ_NEXT : WEX_MSG_TYPE_READ_NEXT;
     for (;;) {
-        Block reply;
-        uint32_t reply_len = 0;
-        const int result = role_exchange(q, msg_type, request, reply, reply_len);
+        frame::Reply reply;
+        const int result = frame::exchange(q, frame::with_msg_type(frame::kRoleInfoGet, msg_type),
+                                           frame::bytes_of(request), reply);
+        const uint32_t reply_len = reply.len;
         if (result != 0)
             return frame::query_status(result);
         if (reply_len == 0)
@@ -80,12 +65,12 @@ int32_t gather_all_roles(int32_t q, uint32_t msg_type, wexd_perm_group_conf_cli_
             std::puts("Warning: the output may not have all the roles");
             break;
         }
-        std::memcpy(gathered.get() + *len, reply.get(), reply_len);
+        std::memcpy(gathered.get() + *len, reply.bytes.get(), reply_len);
         *len += reply_len;
         // A reply too short to name its role cannot lead to the next one.
         if (reply_len < kReplyNameEnd)
             break;
-        robust_strncpy(request.name, reinterpret_cast<const char *>(reply.get() + kReplyNameOffset),
+        robust_strncpy(request.name, reinterpret_cast<const char *>(reply.bytes.get() + kReplyNameOffset),
                        WEXD_ROLE_NAME_SIZE + 1);
         msg_type = next_type;
     }

@@ -25,15 +25,6 @@ template <typename Set> int32_t write_setting(int32_t q, uint32_t opcode, uint32
     return wexd_wex_configuration_set(q, &config, opcode, lead, "", "") == 0 ? 0 : -1;
 }
 
-// A read without request payload whose reply is handed on.
-int read_owned(int32_t q, const frame::BcpCall &call, wex::MallocPtr<void> &reply, uint32_t &len) noexcept
-{
-    void *payload = nullptr;
-    const int result = frame::read_reply(q, call, &payload, &len);
-    reply.reset(payload);
-    return result;
-}
-
 } // namespace
 
 extern "C" {
@@ -47,7 +38,7 @@ WEX_API int32_t wexd_wex_configuration_set(int32_t q, const wexd_wex_config *con
     msg.lead = lead;
     msg.config = *config;
     uint32_t len = sizeof msg;
-    return frame::request_response(q, frame::config_write(opcode), &msg, &len, nullptr, text1 ? text1 : "",
+    return frame::request_response(q, frame::config_write(opcode), &msg, &len, text1 ? text1 : "",
                                    text2 ? text2 : "");
 }
 
@@ -95,11 +86,10 @@ WEX_API int32_t wexd_wex_configuration_get(int32_t q, wexd_wex_config **reply) n
     if (!reply)
         return -1;
     *reply = nullptr;
-    wex::MallocPtr<void> payload;
-    uint32_t len = 0;
+    frame::Reply payload;
     // A reply shorter than the record would be read past its end by the
     // caller: it is no record.
-    if (read_owned(q, frame::kConfigGet, payload, len) < 0 || len < sizeof(wexd_wex_config))
+    if (frame::exchange(q, frame::kConfigGet, {}, payload) < 0 || payload.len < sizeof(wexd_wex_config))
         return -1;
     *reply = static_cast<wexd_wex_config *>(payload.release());
     return 0;
@@ -123,14 +113,14 @@ WEX_API int32_t wexd_wex_dynamic_parfile_name_get(int32_t q, char *name) noexcep
 {
     if (!name)
         return -1;
-    wex::MallocPtr<void> payload;
-    uint32_t len = 0;
-    if (read_owned(q, frame::kDynamicParfileNameGet, payload, len) < 0 || !payload)
+    frame::Reply payload;
+    if (frame::exchange(q, frame::kDynamicParfileNameGet, {}, payload) < 0 || !payload.bytes)
         return -1;
     // A name cut to the destination would name another file: a reply whose
     // text does not end within the reply and within 64 bytes is refused.
-    const std::string_view text = wex::field_text(static_cast<const char *>(payload.get()), len);
-    if (text.size() == len || text.size() >= WEX_FILE_NAME_SIZE)
+    const std::string_view text =
+        wex::field_text(reinterpret_cast<const char *>(payload.bytes.get()), payload.len);
+    if (text.size() == payload.len || text.size() >= WEX_FILE_NAME_SIZE)
         return -1;
     std::memcpy(name, text.data(), text.size() + 1);
     return 0;

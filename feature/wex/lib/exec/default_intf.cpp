@@ -6,9 +6,7 @@
 #include "common/alloc.h"
 #include "wex_process_api.h"
 
-#include "bcp.h"
 #include "if_index.h"
-#include "ipcq.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -68,20 +66,6 @@ int send_indexes(int32_t q, uint32_t value1, uint32_t value2, std::span<const in
     return 0;
 }
 
-// The first word of the privilege answer, or -1 when it carries none.
-int privilege_of(const ipcq_msg_handle_t *reply)
-{
-    void *payload = nullptr;
-    uint32_t len = 0;
-    const int parsed = bcp_parse_response(reply, &payload, &len);
-    wex::MallocPtr<void> owned(payload);
-    if (parsed < 0 || !payload || len < sizeof(int32_t))
-        return -1;
-    int32_t value = 0;
-    std::memcpy(&value, payload, sizeof value);
-    return value;
-}
-
 } // namespace
 
 extern "C" {
@@ -113,22 +97,17 @@ WEX_API int wex_execute_default_intf(int32_t q, uint32_t value1, uint32_t value2
 
 WEX_API int wex_get_feature_privilege(int32_t q) noexcept
 {
-    ipcq_recv_options_t options{};
-    options.version = 1;
-    ipcq_msg_handle_t request = nullptr;
-    bcp_send_request(WEX_OPC_FEATURE_PRIVILEGE_GET, WEX_MSG_TYPE_READ, kPrivilegeRequest,
-                     sizeof kPrivilegeRequest, "", "", WEX_DEST_ADDRESS, WEXD_QUEUE, q, &request);
-    options.rr_token = ipcq_rr_token_get(&request);
-    ipcq_drop(q, &request);
-    // A request that never went out has no token and no answer to wait for;
-    // a receive without a token would take whatever arrives next instead.
-    ipcq_msg_handle_t reply = nullptr;
-    if (options.rr_token == 0 || ipcq_recv(q, &reply, &options) != 0) {
+    frame::Reply reply;
+    const std::optional<int> status = frame::request_over_transport(
+        q, frame::kFeaturePrivilegeGet, std::as_bytes(std::span(kPrivilegeRequest)), reply);
+    if (!status) {
         std::puts("Error on recv");
         return -1;
     }
-    const int value = privilege_of(&reply);
-    ipcq_drop(q, &reply);
+    // The first word of the answer; none when it carries none.
+    int32_t value = -1;
+    if (*status >= 0 && reply.len >= sizeof value)
+        std::memcpy(&value, reply.bytes.get(), sizeof value);
     return value;
 }
 
