@@ -5,7 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <wex/wex.h>
+
+#include "ipcq.h"
+#include "ipcq_serve.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <thread>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <string>
@@ -233,6 +242,61 @@ TEST(Wexctl, DaemonCommandsAgainstTheSimulator)
     EXPECT_EQ(run.err,
               "Could not communicate with wexd\nwexctl: iftable: WEX_ERRNO_STATUS(ENOENT) (0x80540002)\n"
               "Communication could not be established with the process\n");
+}
+
+// A wexd of the test's own on queue 37 of a runtime directory of its own;
+// serving, it answers a tree-table read with a table whose last index lies
+// far past its end; otherwise it never receives anything.
+class FalseWexd
+{
+  public:
+    explicit FalseWexd(bool serving) : dir_(mkdtemp(pattern_))
+    {
+        setenv("IPCQ_RUNTIME_DIR", dir_.c_str(), 1);
+        q_ = ipcq_open(WEX_DEST_ADDRESS, WEXD_QUEUE);
+        unsetenv("IPCQ_RUNTIME_DIR");
+        if (serving)
+            server_ = std::thread([this] {
+                const ipcq_route_t route{WEX_OPC_TREE_TABLE_GET, IPCQ_ROUTE_BCP, answer_tree_table};
+                ipcq_serve(q_, &route, 1, nullptr, nullptr, &stop_);
+            });
+    }
+    ~FalseWexd()
+    {
+        stop_ = 1;
+        if (server_.joinable())
+            server_.join();
+        ipcq_close(q_);
+        std::filesystem::remove_all(dir_);
+    }
+    const std::string &dir() const { return dir_; }
+
+  private:
+    static void answer_tree_table(void *, const ipcq_request_info_t *, ipcq_response_t *response)
+    {
+        auto *table = static_cast<tree_table *>(std::calloc(1, sizeof(tree_table)));
+        table->last_index = 1000000;
+        response->payload = table;
+        response->len = sizeof *table;
+    }
+
+    char pattern_[32] = "/tmp/wexctl-wexd-XXXXXX";
+    std::string dir_;
+    int q_ = -1;
+    volatile sig_atomic_t stop_ = 0;
+    std::thread server_;
+};
+
+TEST(Wexctl, AWexdThatLiesOrIsSilentGetsNoFurtherThanItsWord)
+{
+    ToolRun run = wexctl({"trees"}, FalseWexd(true).dir());
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    run = wexctl({"config", "show", "--timeout", "1"}, FalseWexd(false).dir());
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "wexctl: config: no answer from wexd within 1 s\n"
+                       "Process did not respond within the expected timeframe, please try again.\n");
 }
 
 } // namespace

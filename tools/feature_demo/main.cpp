@@ -6,6 +6,7 @@
 #include "bcp.h"
 #include "if_index.h"
 #include "ipcq.h"
+#include "program.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -188,8 +189,10 @@ void snapshots_around_a_change()
 
 } // namespace
 
-int main()
+int main(int argc, char **argv)
 {
+    if (wex_tools::print_version_if_asked("feature-demo", std::vector<std::string>(argv + 1, argv + argc)))
+        return wex_tools::finish_output("feature-demo", 0);
     const int q = ipcq_open(WEX_DEST_ADDRESS, kFeatureQueue);
     if (q < 0) {
         std::perror("feature-demo: cannot open its queue");
