@@ -1,6 +1,7 @@
 #include "tools/sim_process.h"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -129,8 +130,15 @@ int SimProcess::stop()
 
 bool SimProcess::wait_for_log(const std::string &text)
 {
-    for (int i = 0; i < 50 && log_.find(text) == std::string::npos; ++i)
-        log_ += read_available(out_fd_, 100);
+    // By the clock, not by a count of polls: under the emulator a poll can
+    // come back early.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (log_.find(text) == std::string::npos && std::chrono::steady_clock::now() < end) {
+        const std::string more = read_available(out_fd_, 100);
+        if (more.empty())
+            usleep(10 * 1000);
+        log_ += more;
+    }
     return log_.find(text) != std::string::npos;
 }
 
