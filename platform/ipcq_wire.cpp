@@ -74,6 +74,17 @@ bool write_all(int fd, const std::byte *bytes, std::size_t size, const Deadline 
         [fd](std::byte *at, std::size_t n) { return send(fd, at, n, MSG_NOSIGNAL | MSG_DONTWAIT); });
 }
 
+// true when there is no reason to refuse the path; otherwise says why on
+// standard error and fails with EACCES.
+bool accept_unless(const char *what, const std::string &path, const char *why)
+{
+    if (!why)
+        return true;
+    std::fprintf(stderr, "ipcq: %s %s %s; refusing it\n", what, path.c_str(), why);
+    errno = EACCES;
+    return false;
+}
+
 } // namespace
 
 int Deadline::remaining_ms() const
@@ -106,20 +117,16 @@ bool ensure_runtime_dir()
     // looked for: only the user's own private directory will do.
     struct stat status {
     };
-    const char *why = nullptr;
     if (lstat(dir.c_str(), &status) != 0)
         return false;
+    const char *why = nullptr;
     if (!S_ISDIR(status.st_mode))
         why = "is not a directory";
     else if (status.st_uid != getuid())
         why = "belongs to another user";
     else if ((status.st_mode & 077) != 0)
         why = "is open to other users (it must be mode 0700)";
-    if (!why)
-        return true;
-    std::fprintf(stderr, "ipcq: runtime directory %s %s; refusing it\n", dir.c_str(), why);
-    errno = EACCES;
-    return false;
+    return accept_unless("runtime directory", dir, why);
 }
 
 bool socket_path_usable(const std::string &path)
@@ -135,11 +142,7 @@ bool socket_path_usable(const std::string &path)
         why = "belongs to another user";
     else if (!S_ISSOCK(status.st_mode))
         why = "is not a socket";
-    if (!why)
-        return true;
-    std::fprintf(stderr, "ipcq: queue socket %s %s; refusing it\n", path.c_str(), why);
-    errno = EACCES;
-    return false;
+    return accept_unless("queue socket", path, why);
 }
 
 int connect_queue(uint32_t address, uint32_t queue, const Deadline &deadline)
