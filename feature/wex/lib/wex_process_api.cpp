@@ -100,9 +100,7 @@ int exchange(int q, const BcpCall &call, std::span<const std::byte> request, Rep
     reply.len = static_cast<uint32_t>(request.size());
     const int result = bcp_req_resp(call.opcode, call.msg_type, request.empty() ? nullptr : request.data(),
                                     &bytes, &reply.len, "", "", call.dest_queue, q, call.timeout);
-    reply.bytes.reset(static_cast<std::byte *>(bytes));
-    if (!bytes)
-        reply.len = 0;
+    reply.adopt(bytes);
     return result;
 }
 
@@ -125,9 +123,7 @@ std::optional<int> request_over_transport(int q, const BcpCall &call, std::span<
         return std::nullopt;
     void *payload = nullptr;
     const int status = bcp_parse_response(&answer, &payload, &reply.len);
-    reply.bytes.reset(static_cast<std::byte *>(payload));
-    if (!payload)
-        reply.len = 0;
+    reply.adopt(payload);
     ipcq_drop(q, &answer);
     return status;
 }

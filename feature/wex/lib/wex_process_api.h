@@ -107,6 +107,13 @@ struct Reply {
     wex::MallocPtr<std::byte> bytes;
     uint32_t len = 0;
 
+    // Takes over what the request/response layer handed out (NULL: none).
+    void adopt(void *payload)
+    {
+        bytes.reset(static_cast<std::byte *>(payload));
+        if (!payload)
+            len = 0;
+    }
     // Gives the bytes to a caller, who releases them with free().
     void *release() { return bytes.release(); }
 };
