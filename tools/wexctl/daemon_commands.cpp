@@ -2,6 +2,7 @@
 
 #include "input_file.h"
 #include "program.h"
+#include "sim_replies.h"
 #include "status_names.h"
 
 #include <wex/wex.h>
@@ -24,14 +25,10 @@ namespace
 using Args = std::vector<std::string>;
 using wex_tools::status_text;
 
-// A role reply of wexd-sim: the role's number and name, then the entry.
-constexpr std::size_t kRoleReplySize = 912;
-constexpr std::size_t kRoleEntryOffset = 36;
-// wexd-sim answers a read of the CLI lock with whether it is held and by whom.
-struct LockHolder {
-    uint32_t locked;
-    uint32_t requester;
-};
+using wex_tools::SimLockHolder;
+// How long a read of the lock may take, in the transport's seconds, as
+// every other request to wexd.
+constexpr uint32_t kLockReadTimeout = 10;
 
 // This process's own queue: a number from its process id, the next one
 // when a live process holds it.
@@ -86,14 +83,14 @@ int trees(int q, const Args &)
     return 0;
 }
 
-std::optional<LockHolder> lock_holder(int q)
+std::optional<SimLockHolder> lock_holder(int q)
 {
     wexd_cli_lock_req query{};
     void *reply = nullptr;
     uint32_t len = sizeof query;
-    const int result =
-        bcp_req_resp(WEX_OPC_CLI_LOCK, WEX_MSG_TYPE_READ, &query, &reply, &len, "", "", WEXD_QUEUE, q, 10);
-    LockHolder holder{};
+    const int result = bcp_req_resp(WEX_OPC_CLI_LOCK, WEX_MSG_TYPE_READ, &query, &reply, &len, "", "",
+                                    WEXD_QUEUE, q, kLockReadTimeout);
+    SimLockHolder holder{};
     const bool answered = result == 0 && reply && len == sizeof holder;
     if (answered)
         std::memcpy(&holder, reply, sizeof holder);
@@ -101,7 +98,7 @@ std::optional<LockHolder> lock_holder(int q)
     return answered ? std::optional(holder) : std::nullopt;
 }
 
-std::string holder_text(const std::optional<LockHolder> &holder)
+std::string holder_text(const std::optional<SimLockHolder> &holder)
 {
     if (!holder)
         return "wexd does not say who holds it";
@@ -110,7 +107,7 @@ std::string holder_text(const std::optional<LockHolder> &holder)
 
 int show_lock(int q)
 {
-    const std::optional<LockHolder> holder = lock_holder(q);
+    const std::optional<SimLockHolder> holder = lock_holder(q);
     if (!holder)
         return failed("lock --show", WEX_STATUS_FAILURE);
     std::printf("%s\n", holder_text(holder).c_str());
@@ -125,7 +122,7 @@ std::optional<uint32_t> requester_of(const Args &args, bool force_allowed, const
         args.size() == 1u + forced ? wex_tools::parse_number(args[0], UINT32_MAX) : std::nullopt;
     if (requester)
         return static_cast<uint32_t>(*requester);
-    std::fprintf(stderr, "wexctl: %s needs a REQUESTER: a number from 0 to 4294967295\n", command);
+    std::fprintf(stderr, "wexctl: %s needs a REQUESTER: a number from 0 to %u\n", command, UINT32_MAX);
     return std::nullopt;
 }
 
@@ -167,9 +164,10 @@ void show_roles(const uint8_t *bytes, uint32_t len)
     vsan_mask everything;
     everything.len = WEX_VSAN_MASK_BYTES;
     std::memset(everything.bits, 0xFF, sizeof everything.bits);
-    for (std::size_t at = 0; at + kRoleReplySize <= len; at += kRoleReplySize) {
+    for (std::size_t at = 0; at + sizeof(wex_tools::SimRoleReply) <= len;
+         at += sizeof(wex_tools::SimRoleReply)) {
         wexd_perm_group_entry entry;
-        std::memcpy(&entry, bytes + at + kRoleEntryOffset, sizeof entry);
+        std::memcpy(&entry, bytes + at + offsetof(wex_tools::SimRoleReply, role), sizeof entry);
         wexd_perm_group_entry_cli_show(&entry, &everything);
     }
 }

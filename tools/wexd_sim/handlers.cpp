@@ -1,6 +1,7 @@
 #include "handlers.h"
 
 #include "message_log.h"
+#include "sim_replies.h"
 
 #include "bcp.h"
 #include "if_index.h"
@@ -18,15 +19,6 @@ namespace
 {
 
 constexpr int32_t kFailure = static_cast<int32_t>(WEX_STATUS_FAILURE);
-
-// The reply to one role of a role query: its number and name (where the
-// library's walk reads the name), then the role entry.
-struct RoleReply {
-    uint32_t number;
-    char name[WEXD_ROLE_NAME_SIZE];
-    wexd_perm_group_entry role;
-};
-static_assert(sizeof(RoleReply) == 912);
 
 std::string hex(uint64_t value)
 {
@@ -182,10 +174,10 @@ void on_cli_lock(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_re
         return fail(queue, request, response, "short payload");
     SimState &state = *queue.state;
     if (request.msg_type == WEX_MSG_TYPE_READ) {
-        const uint32_t holder[2] = {state.cli_locked ? 1u : 0u, state.cli_holder};
+        const wex_tools::SimLockHolder holder{state.cli_locked ? 1u : 0u, state.cli_holder};
         log_request(queue.number, request,
                     state.cli_locked ? "held by requester " + hex(state.cli_holder) : "not held");
-        return reply_bytes(response, holder, sizeof holder);
+        return reply_bytes(response, &holder, sizeof holder);
     }
     const bool held_by_other = state.cli_locked && state.cli_holder != lock.requester;
     const std::string who = "requester " + hex(lock.requester);
@@ -220,7 +212,7 @@ const wexd_perm_group_entry *find_role(const SimState &state, const std::string 
 
 void reply_role(ipcq_response_t &response, const wexd_perm_group_entry &role, uint32_t number)
 {
-    RoleReply reply{};
+    wex_tools::SimRoleReply reply{};
     reply.number = number;
     std::memcpy(reply.name, role.name, sizeof reply.name);
     reply.role = role;
