@@ -20,6 +20,18 @@ int32_t code_of(const std::string &word, std::initializer_list<const char *> wor
     return 0;
 }
 
+// Whether one more name of a kind may be defined: not twice, and no more
+// than max of them.
+bool admissible(const char *kind, const std::string &name, bool defined, std::size_t count, std::size_t max,
+                std::string &why)
+{
+    if (defined)
+        why = std::string(kind) + " " + name + " is already defined";
+    else if (count == max)
+        why = "more than " + std::to_string(max) + " " + kind + "s";
+    return !defined && count < max;
+}
+
 bool add_role(std::istringstream &line, RoleConfig &config, std::string &why)
 {
     std::string name, description;
@@ -27,16 +39,10 @@ bool add_role(std::istringstream &line, RoleConfig &config, std::string &why)
         why = "a role needs a name of at most 31 characters";
         return false;
     }
-    for (const wexd_perm_group_entry &known : config.roles) {
-        if (name == known.name) {
-            why = "role " + name + " is already defined";
-            return false;
-        }
-    }
-    if (config.roles.size() == kMaxRoles) {
-        why = "more than " + std::to_string(kMaxRoles) + " roles";
+    const bool defined = std::any_of(config.roles.begin(), config.roles.end(),
+                                     [&](const wexd_perm_group_entry &known) { return name == known.name; });
+    if (!admissible("role", name, defined, config.roles.size(), kMaxRoles, why))
         return false;
-    }
     std::getline(line >> std::ws, description);
     wexd_perm_group_entry role;
     std::memset(&role, 0, sizeof role);
@@ -84,14 +90,10 @@ bool add_locale(std::istringstream &line, RoleConfig &config, std::string &why)
         why = "a locale needs a name of at most " + std::to_string(WEXD_LOCALE_NAME_SIZE - 1) + " characters";
         return false;
     }
-    if (std::find(config.locales.begin(), config.locales.end(), name) != config.locales.end()) {
-        why = "locale " + name + " is already defined";
+    const bool defined =
+        std::find(config.locales.begin(), config.locales.end(), name) != config.locales.end();
+    if (!admissible("locale", name, defined, config.locales.size(), kMaxLocales, why))
         return false;
-    }
-    if (config.locales.size() == kMaxLocales) {
-        why = "more than " + std::to_string(kMaxLocales) + " locales";
-        return false;
-    }
     config.locales.push_back(name);
     return true;
 }
