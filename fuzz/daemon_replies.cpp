@@ -2,7 +2,7 @@
 // hands it over: the first byte picks the request, the next four are the
 // status the reply carries, the rest is its payload.
 #include "fakes/transport_fake.h"
-#include "quiet.h"
+#include "harness.h"
 
 #include <wex/wex.h>
 
@@ -77,12 +77,6 @@ const std::function<void()> kRequests[] = {
 };
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    silence_standard_output();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {

@@ -1,22 +1,16 @@
 // A .par image as wexctl takes it: the check, then for what it accepts the
 // conversion to host order, the dump and the library's loop check.
 #include "par_image.h"
-#include "quiet.h"
+#include "harness.h"
 
 #include <wex/parse_tree.h>
 
 #include <cstdint>
 #include <vector>
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    silence_standard_output();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    if (size < 2 || size - 2 > wexctl::kMaxImageNodes * WEX_NODE_SIZE)
+    if (size < 2 || size - 1 > wexctl::kMaxImageNodes * WEX_NODE_SIZE)
         return 0;
     const uint32_t start = data[0]; // the first byte names the start node
     std::vector<uint8_t> image(data + 1, data + size);

@@ -3,7 +3,7 @@
 // one it does not serve), the next four the message type, the rest is the
 // payload.
 #include "handlers.h"
-#include "quiet.h"
+#include "harness.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -24,12 +24,6 @@ wexd_sim::SimState &state()
 }
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    silence_standard_output();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
