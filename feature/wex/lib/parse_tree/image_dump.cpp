@@ -1,4 +1,5 @@
 #include "field_print.h"
+#include "common/param_types.h"
 #include "common/text_field.h"
 #include "node_access.h"
 #include "walk_limits.h"
@@ -13,83 +14,42 @@ namespace
 
 using namespace wex::tree;
 
-// How the dump shows the descriptor fields that apply to a type.
-enum class Shows { name, name_and_min, uri_mask, interface_mask, decimal_range, hex_range };
-
-struct TypeShow {
-    uint32_t code;
-    const char *name;
-    Shows shows;
-};
-
-constexpr TypeShow kTypeShows[] = {
-    {TYPE_STRING, "TYPE_STRING", Shows::name_and_min},
-    {TYPE_LINE, "TYPE_LINE", Shows::name},
-    {TYPE_URI, "TYPE_URI", Shows::uri_mask},
-    {TYPE_DNS_NAME, "TYPE_DNS_NAME", Shows::name},
-    {TYPE_USERATHOST, "TYPE_USERATHOST", Shows::name},
-    {TYPE_IP, "TYPE_IP", Shows::name},
-    {TYPE_IPV4, "TYPE_IPV4", Shows::name},
-    {TYPE_IPV6, "TYPE_IPV6", Shows::name},
-    {TYPE_INET_NAME, "TYPE_INET_NAME", Shows::name},
-    {TYPE_INT, "TYPE_INT", Shows::decimal_range},
-    {TYPE_INT_RANGE, "TYPE_INT_RANGE", Shows::decimal_range},
-    {TYPE_HEX, "TYPE_HEX", Shows::hex_range},
-    {TYPE_INT_MULTI_RANGE, "TYPE_INT_MULTI_RANGE", Shows::decimal_range},
-    {TYPE_HEX_RANGE, "TYPE_HEX_RANGE", Shows::hex_range},
-    {TYPE_HEX_MULTI_RANGE, "TYPE_HEX_MULTI_RANGE", Shows::hex_range},
-    {TYPE_INTERFACE, "TYPE_INTERFACE", Shows::interface_mask},
-    {TYPE_INTERFACE_RANGE, "TYPE_INTERFACE_RANGE", Shows::interface_mask},
-    {TYPE_MAC, "TYPE_MAC", Shows::name},
-    {TYPE_WWN, "TYPE_WWN", Shows::name},
-    {TYPE_LUN, "TYPE_LUN", Shows::name},
-    {TYPE_VSAN, "TYPE_VSAN", Shows::name},
-    {TYPE_VSAN_RANGE, "TYPE_VSAN_RANGE", Shows::name},
-    {TYPE_VSAN_MULTI_RANGE, "TYPE_VSAN_MULTI_RANGE", Shows::decimal_range},
-    {TYPE_GUID, "TYPE_GUID", Shows::name},
-    {TYPE_FC_ID, "TYPE_FC_ID", Shows::name},
-};
-
-const TypeShow *find_type_show(uint32_t code) noexcept
-{
-    for (const TypeShow &t : kTypeShows) {
-        if (t.code == code)
-            return &t;
-    }
-    return nullptr;
-}
+using wex::DescriptorShows;
+using wex::ParamType;
 
 uint32_t type_family(uint32_t code) noexcept
 {
     return code & ((code & 0xC0000000u) ? 0xFFC000u : 0xF00000u);
 }
 
-void print_type(const TypeShow &t, const param_descriptor &p) noexcept
+void print_type(const ParamType &t, const param_descriptor &p) noexcept
 {
     const auto min = static_cast<int32_t>(p.min);
     const auto max = static_cast<int32_t>(p.max);
-    const bool ranged = t.shows == Shows::decimal_range || t.shows == Shows::hex_range;
+    const bool ranged = t.shows == DescriptorShows::decimal_range || t.shows == DescriptorShows::hex_range;
     if (ranged && p.subtype != 0) {
         std::printf("%s|Subtype:%d", t.name, static_cast<int32_t>(p.subtype));
         return;
     }
     switch (t.shows) {
-    case Shows::name:
+    case DescriptorShows::none:
+        break;
+    case DescriptorShows::name:
         std::fputs(t.name, stdout);
         break;
-    case Shows::name_and_min:
+    case DescriptorShows::name_and_min:
         std::printf("%s:%d", t.name, min);
         break;
-    case Shows::uri_mask:
+    case DescriptorShows::uri_mask:
         std::printf("%s Mask:%d", t.name, min);
         break;
-    case Shows::interface_mask:
+    case DescriptorShows::interface_mask:
         std::printf("%s Mask:%lld", t.name, static_cast<long long>(p.mask));
         break;
-    case Shows::decimal_range:
+    case DescriptorShows::decimal_range:
         std::printf("%s:%d to %d", t.name, min, max);
         break;
-    case Shows::hex_range:
+    case DescriptorShows::hex_range:
         std::printf("%s:0x%x to 0x%x", t.name, p.min, p.max);
         break;
     }
@@ -167,7 +127,7 @@ extern "C" {
 WEX_API void display_param(const param_descriptor *p) noexcept
 {
     std::fputs("<Parameter ", stdout);
-    if (const TypeShow *t = find_type_show(p->type))
+    if (const ParamType *t = wex::find_param_type(p->type))
         print_type(*t, *p);
     wex::print_text_field(" help", p->help, sizeof p->help);
     std::printf("{%d}>", static_cast<int32_t>(type_family(p->type)));
