@@ -1,6 +1,7 @@
-// The transport's queues: each a listening socket plus the connections of
-// the requests it sent and still waits to hear back on.
+// The transport's queues: each a listening socket, the links its senders
+// keep to it, and the links it keeps to the queues it sends to.
 #include "ipcq.h"
+#include "ipcq_link.h"
 #include "ipcq_wire.h"
 
 #include <algorithm>
@@ -12,7 +13,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <span>
 #include <utility>
 #include <vector>
 #include <poll.h>
@@ -20,65 +20,73 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+using ipcq_link::Link;
+using ipcq_link::Message;
 using ipcq_wire::Deadline;
 using ipcq_wire::FrameHeader;
 using ipcq_wire::Kind;
-
-struct ipcq_msg {
-    FrameHeader header{};
-    void *payload = nullptr; // malloc'd, header.length bytes
-    int reply_fd = -1;       // a received request's connection, until answered
-};
 
 namespace
 {
 
 // A request whose reply has not been received; a sender that never asks for
-// its replies cannot make its queue hold more connections than this.
+// its replies cannot make its queue remember more than this.
 constexpr std::size_t kMaxPendingReplies = 64;
-// How long a receiver waits for the rest of a message once a sender has
-// connected; a stalled sender is dropped after it, and never holds up the
-// others meanwhile.
+// How long a receiver waits for a new sender's first message, and for the
+// rest of a message once it has begun; a stalled sender is dropped after
+// it, and never holds up the others meanwhile.
 constexpr std::chrono::seconds kFrameTimeout{5};
-// Senders whose message is still arriving; past this the oldest is dropped.
-constexpr std::size_t kMaxIncoming = 256;
+// Senders a queue keeps links with; past this, an idle one (its sender
+// reconnects when it next sends) or else the oldest gives way.
+constexpr std::size_t kMaxSenders = 256;
+// A payload is given memory as its bytes arrive, at least this much at once.
+constexpr std::size_t kPayloadChunk = 64 * 1024;
 
 class Fd
 {
   public:
     explicit Fd(int fd = -1) : fd_(fd) {}
-    Fd(Fd &&other) noexcept : fd_(other.release()) {}
+    Fd(Fd &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
     Fd &operator=(Fd &&other) noexcept
     {
-        reset(other.release());
+        std::swap(fd_, other.fd_);
         return *this;
     }
-    ~Fd() { reset(); }
-    int get() const { return fd_; }
-    int release() { return std::exchange(fd_, -1); }
-    void reset(int fd = -1)
+    ~Fd()
     {
         if (fd_ >= 0)
             close(fd_);
-        fd_ = fd;
     }
+    int get() const { return fd_; }
+    int release() { return std::exchange(fd_, -1); }
 
   private:
     int fd_;
 };
 
-// A connection accepted on a queue whose message has not all arrived. The
-// payload grows only as bytes come, so a header that declares a huge
-// length costs nothing until the bytes are really sent.
-struct Incoming {
-    Fd connection;
+struct FreeBytes {
+    void operator()(std::byte *bytes) const { std::free(bytes); }
+};
+
+// A sender linked to a queue, and its message as far as it has arrived. The
+// payload grows only as bytes come, so a header that declares a huge length
+// costs nothing until the bytes are really sent.
+struct Sender {
+    std::shared_ptr<Link> link;
+    bool has_sent = false; // a whole message came: the link is kept while idle
     Deadline deadline{kFrameTimeout};
     FrameHeader header{};
     std::size_t header_got = 0;
-    std::vector<std::byte> payload;
+    std::unique_ptr<std::byte, FreeBytes> payload;
+    std::size_t payload_got = 0;
+    std::size_t payload_room = 0;
 
-    bool complete() const { return header_got == sizeof header && payload.size() == header.length; }
+    bool complete() const { return header_got == sizeof header && payload_got == header.length; }
+    bool idle() const { return has_sent && header_got == 0; }
+    bool on_the_clock() const { return !idle(); }
 };
+
+using Destination = std::pair<uint32_t, uint32_t>;
 
 struct Queue {
     uint32_t address = 0;
@@ -87,10 +95,11 @@ struct Queue {
     Fd listener;
     std::mutex mutex;
     uint32_t next_token = 1;
-    std::deque<std::pair<uint32_t, Fd>> pending;
+    std::deque<std::pair<uint32_t, std::shared_ptr<Link>>> pending;
+    std::map<Destination, std::shared_ptr<Link>> links;
     int last_errno = 0;
-    std::mutex receiving;          // one receiver at a time owns incoming
-    std::deque<Incoming> incoming; // in the order the senders connected
+    std::mutex receiving;       // one receiver at a time owns senders
+    std::deque<Sender> senders; // the next to be served first
 
     uint32_t take_token()
     {
@@ -100,24 +109,54 @@ struct Queue {
             next_token = 1; // 0 means "any request" to a receiver
         return token;
     }
-    void add_pending(uint32_t token, Fd connection)
+    void add_pending(uint32_t token, std::shared_ptr<Link> link)
     {
         std::lock_guard lock(mutex);
-        if (pending.size() == kMaxPendingReplies)
+        if (pending.size() == kMaxPendingReplies) {
+            pending.front().second->forget(pending.front().first);
             pending.pop_front();
-        pending.emplace_back(token, std::move(connection));
+        }
+        pending.emplace_back(token, std::move(link));
     }
-    Fd take_pending(uint32_t token)
+    std::shared_ptr<Link> take_pending(uint32_t token)
     {
         std::lock_guard lock(mutex);
         for (auto it = pending.begin(); it != pending.end(); ++it) {
             if (it->first == token) {
-                Fd connection = std::move(it->second);
+                std::shared_ptr<Link> link = std::move(it->second);
                 pending.erase(it);
-                return connection;
+                return link;
             }
         }
-        return Fd{};
+        return nullptr;
+    }
+    // The kept link to a destination, unless its receiver has hung up.
+    std::shared_ptr<Link> kept_link(const Destination &to)
+    {
+        std::lock_guard lock(mutex);
+        const auto it = links.find(to);
+        if (it == links.end())
+            return nullptr;
+        if (it->second->peer_gone()) {
+            links.erase(it);
+            return nullptr;
+        }
+        return it->second;
+    }
+    std::shared_ptr<Link> new_link(const Destination &to, const Deadline &deadline)
+    {
+        Fd fd(ipcq_wire::connect_queue(to.first, to.second, deadline));
+        if (fd.get() < 0)
+            return nullptr;
+        auto link = std::make_shared<Link>(fd.release());
+        std::lock_guard lock(mutex);
+        links[to] = link;
+        return link;
+    }
+    void drop_link(const std::shared_ptr<Link> &link)
+    {
+        std::lock_guard lock(mutex);
+        std::erase_if(links, [&](const auto &entry) { return entry.second == link; });
     }
     // Records the failure and hands back -1 for the caller to return.
     int fail(int error)
@@ -169,50 +208,10 @@ Fd listen_on(const std::string &path)
     return fd;
 }
 
-ipcq_msg *new_message(const FrameHeader &header)
+void replace_message(ipcq_msg_handle_t *slot, Message message)
 {
-    auto *message = new (std::nothrow) ipcq_msg;
-    if (message)
-        message->header = header;
-    return message;
-}
-
-void free_message(ipcq_msg *message)
-{
-    if (!message)
-        return;
-    if (message->reply_fd >= 0)
-        close(message->reply_fd);
-    std::free(message->payload);
-    delete message;
-}
-
-// Reads one whole frame from a connection into a new message.
-ipcq_msg *read_message(int fd, const Deadline &deadline)
-{
-    FrameHeader header{};
-    if (!ipcq_wire::read_exact(fd, &header, sizeof header, deadline))
-        return nullptr;
-    if (header.magic != ipcq_wire::kMagic || header.length > IPCQ_MAX_PAYLOAD) {
-        errno = EBADMSG;
-        return nullptr;
-    }
-    std::unique_ptr<ipcq_msg, void (*)(ipcq_msg *)> message(new_message(header), free_message);
-    if (message && header.length > 0)
-        message->payload = std::malloc(header.length);
-    if (!message || (header.length > 0 && !message->payload)) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    if (!ipcq_wire::read_exact(fd, message->payload, header.length, deadline))
-        return nullptr;
-    return message.release();
-}
-
-void replace_message(ipcq_msg_handle_t *slot, ipcq_msg *message)
-{
-    free_message(*slot);
-    *slot = message;
+    Message old(*slot);
+    *slot = message.release();
 }
 
 Deadline receive_deadline(const ipcq_recv_options_t &options)
@@ -223,20 +222,17 @@ Deadline receive_deadline(const ipcq_recv_options_t &options)
 
 int receive_reply(Queue &queue, ipcq_msg_handle_t *msg, uint32_t token, const Deadline &deadline)
 {
-    Fd connection = queue.take_pending(token);
-    if (connection.get() < 0)
+    const std::shared_ptr<Link> link = queue.take_pending(token);
+    if (!link)
         return queue.fail(ENOMSG);
-    const int ready = ipcq_wire::wait_readable(connection.get(), deadline, false);
-    if (ready <= 0)
-        return queue.fail(ready == 0 ? ETIME : errno);
-    ipcq_msg *reply = read_message(connection.get(), Deadline(kFrameTimeout));
-    if (!reply)
-        return queue.fail(errno);
-    if (reply->header.kind != static_cast<uint32_t>(Kind::reply) || reply->header.token != token) {
-        free_message(reply);
-        return queue.fail(EBADMSG);
+    Message reply = link->await_reply(token, deadline);
+    if (!reply) {
+        const int error = errno;
+        if (link->broken())
+            queue.drop_link(link);
+        return queue.fail(error);
     }
-    replace_message(msg, reply);
+    replace_message(msg, std::move(reply));
     return 0;
 }
 
@@ -247,103 +243,136 @@ bool acceptable_request(const FrameHeader &header)
     return header.magic == ipcq_wire::kMagic && header.length <= IPCQ_MAX_PAYLOAD && kind_served;
 }
 
-// The next bytes a connection owes: the rest of the header, then of the
-// payload (a chunk at a time, the payload growing by what was asked).
-std::span<std::byte> next_bytes(Incoming &in)
+// Room for the next bytes of the payload, grown by at least a chunk and at
+// most to the declared length.
+bool make_payload_room(Sender &in)
 {
-    constexpr std::size_t kChunk = 64 * 1024;
-    if (in.header_got < sizeof in.header)
-        return {reinterpret_cast<std::byte *>(&in.header) + in.header_got, sizeof in.header - in.header_got};
-    const std::size_t had = in.payload.size();
-    const std::size_t want = std::min<std::size_t>(in.header.length - had, kChunk);
-    in.payload.resize(had + want);
-    return {in.payload.data() + had, want};
+    if (in.payload_room > in.payload_got)
+        return true;
+    const std::size_t room = std::min<std::size_t>(
+        in.header.length, std::max(in.payload_room * 2, in.payload_got + kPayloadChunk));
+    void *grown = std::realloc(in.payload.get(), room);
+    if (!grown)
+        throw std::bad_alloc();
+    in.payload.release();
+    in.payload.reset(static_cast<std::byte *>(grown));
+    in.payload_room = room;
+    return true;
 }
 
-// Reads what has arrived on one connection. false when its sender is to be
-// dropped: it closed or failed before its message was whole, or sent
-// something that is no request.
-bool read_arrived(Incoming &in)
+// Reads what has arrived from one sender. false when the sender is to be
+// dropped: it closed or failed, or sent something that is no request.
+bool read_arrived(Sender &in)
 {
     while (!in.complete()) {
-        const std::span<std::byte> into = next_bytes(in);
         const bool in_header = in.header_got < sizeof in.header;
-        const ssize_t got = recv(in.connection.get(), into.data(), into.size(), MSG_DONTWAIT);
-        const std::size_t kept = got > 0 ? static_cast<std::size_t>(got) : 0;
-        if (!in_header)
-            in.payload.resize(in.payload.size() - into.size() + kept);
+        std::byte *into = nullptr;
+        std::size_t want = 0;
+        if (in_header) {
+            into = reinterpret_cast<std::byte *>(&in.header) + in.header_got;
+            want = sizeof in.header - in.header_got;
+        } else {
+            make_payload_room(in);
+            into = in.payload.get() + in.payload_got;
+            want = in.payload_room - in.payload_got;
+        }
+        const ssize_t got = recv(in.link->fd(), into, want, MSG_DONTWAIT);
         if (got == 0)
             return false;
         if (got < 0)
             return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
-        if (in_header && (in.header_got += kept) == sizeof in.header && !acceptable_request(in.header))
+        if (!in_header) {
+            in.payload_got += static_cast<std::size_t>(got);
+            continue;
+        }
+        if (in.header_got == 0)
+            in.deadline = Deadline(kFrameTimeout); // a message has begun
+        in.header_got += static_cast<std::size_t>(got);
+        if (in.header_got == sizeof in.header && !acceptable_request(in.header))
             return false;
     }
     return true;
 }
 
-// Accepts every sender waiting on the queue's socket; when too many are
-// still sending, the one that connected first gives way.
+// The sender that gives way to a new one: the first idle one, or else the
+// one served longest ago.
+std::deque<Sender>::iterator sender_to_drop(std::deque<Sender> &senders)
+{
+    const auto idle = std::find_if(senders.begin(), senders.end(), [](const Sender &s) { return s.idle(); });
+    return idle != senders.end() ? idle : senders.begin();
+}
+
+// Accepts every sender waiting on the queue's socket.
 void accept_waiting(Queue &queue)
 {
-    for (std::size_t round = 0; round < kMaxIncoming; ++round) {
+    for (std::size_t round = 0; round < kMaxSenders; ++round) {
         Fd connection(accept4(queue.listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (connection.get() < 0)
             return;
-        if (queue.incoming.size() == kMaxIncoming)
-            queue.incoming.pop_front();
-        queue.incoming.emplace_back();
-        queue.incoming.back().connection = std::move(connection);
+        if (queue.senders.size() == kMaxSenders)
+            queue.senders.erase(sender_to_drop(queue.senders));
+        queue.senders.emplace_back();
+        queue.senders.back().link = std::make_shared<Link>(connection.release());
     }
 }
 
-// Hands out the first whole message, in the order the senders connected.
-bool take_complete(Queue &queue, ipcq_msg_handle_t *msg)
+// The message that has arrived whole, taken from its sender, whose link
+// is kept for its next messages.
+Message take_message(Sender &in)
 {
-    const auto whole = std::find_if(queue.incoming.begin(), queue.incoming.end(),
-                                    [](const Incoming &in) { return in.complete(); });
-    if (whole == queue.incoming.end())
-        return false;
-    std::unique_ptr<ipcq_msg, void (*)(ipcq_msg *)> message(new_message(whole->header), free_message);
+    Message message = ipcq_link::new_message(in.header);
     if (!message)
         throw std::bad_alloc();
-    if (whole->header.length > 0) {
-        message->payload = std::malloc(whole->header.length);
-        if (!message->payload)
-            throw std::bad_alloc();
-        std::memcpy(message->payload, whole->payload.data(), whole->header.length);
-    }
-    if (whole->header.kind == static_cast<uint32_t>(Kind::request))
-        message->reply_fd = whole->connection.release();
-    queue.incoming.erase(whole);
-    replace_message(msg, message.release());
+    message->payload = in.payload.release();
+    if (in.header.kind == static_cast<uint32_t>(Kind::request))
+        message->reply_link = in.link;
+    in.has_sent = true;
+    in.header = FrameHeader{};
+    in.header_got = in.payload_got = in.payload_room = 0;
+    return message;
+}
+
+// Hands out the first whole message; its sender then goes behind the
+// others, so that no sender is served twice while another waits.
+bool take_complete(Queue &queue, ipcq_msg_handle_t *msg)
+{
+    const auto whole = std::find_if(queue.senders.begin(), queue.senders.end(),
+                                    [](const Sender &in) { return in.complete(); });
+    if (whole == queue.senders.end())
+        return false;
+    replace_message(msg, take_message(*whole));
+    Sender served = std::move(*whole);
+    queue.senders.erase(whole);
+    queue.senders.push_back(std::move(served));
     return true;
 }
 
-// Reads every connection poll found ready and drops the senders that
-// failed, misbehaved or ran out of time.
+// Reads every sender poll found ready and drops the senders that failed,
+// misbehaved or ran out of time.
 void read_ready(Queue &queue, const std::vector<pollfd> &polled)
 {
     std::size_t at = 0;
     for (std::size_t i = 1; i < polled.size(); ++i, ++at) {
-        Incoming &in = queue.incoming[at];
+        Sender &in = queue.senders[at];
         const bool ready = (polled[i].revents & (POLLIN | POLLHUP | POLLERR)) != 0;
-        if ((ready && !read_arrived(in)) || (!in.complete() && in.deadline.remaining_ms() == 0)) {
-            queue.incoming.erase(queue.incoming.begin() + static_cast<std::ptrdiff_t>(at));
+        const bool late = in.on_the_clock() && !in.complete() && in.deadline.remaining_ms() == 0;
+        if ((ready && !read_arrived(in)) || late) {
+            queue.senders.erase(queue.senders.begin() + static_cast<std::ptrdiff_t>(at));
             --at;
         }
     }
 }
 
-// The socket and every connection still sending; the wait until the
-// sooner of the deadline and the first sender's time running out.
+// The socket and every sender; the wait until the sooner of the deadline
+// and the first sender's time running out.
 std::vector<pollfd> poll_set(const Queue &queue, const Deadline &deadline, int &wait_ms)
 {
     std::vector<pollfd> polled{{queue.listener.get(), POLLIN, 0}};
     wait_ms = deadline.remaining_ms();
-    for (const Incoming &in : queue.incoming) {
-        polled.push_back({in.connection.get(), POLLIN, 0});
-        wait_ms = std::min(wait_ms, in.deadline.remaining_ms());
+    for (const Sender &in : queue.senders) {
+        polled.push_back({in.link->fd(), POLLIN, 0});
+        if (in.on_the_clock())
+            wait_ms = std::min(wait_ms, in.deadline.remaining_ms());
     }
     return polled;
 }
@@ -382,6 +411,35 @@ FrameHeader header_from(const Queue &queue, Kind kind, uint32_t opcode, uint32_t
                        0};
 }
 
+// Writes the frame on the kept link to the destination, or on a new one.
+// A kept link that the receiver closed before taking any byte of the frame
+// (it restarted, or let an idle link go) is replaced once: the receiver
+// never saw the frame, so it is neither lost nor delivered twice.
+std::shared_ptr<Link> deliver(Queue &queue, const Destination &to, const FrameHeader &header,
+                              const void *payload, const Deadline &deadline)
+{
+    std::shared_ptr<Link> link = queue.kept_link(to);
+    const bool kept = link != nullptr;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (!link && !(link = queue.new_link(to, deadline)))
+            return nullptr;
+        if (header.kind == static_cast<uint32_t>(Kind::request))
+            link->expect(header.token);
+        bool untouched = true;
+        if (link->write_frame(header, payload, deadline, untouched))
+            return link;
+        const int error = errno;
+        link->forget(header.token);
+        queue.drop_link(link);
+        link.reset();
+        const bool retry = kept && attempt == 0 && untouched && (error == EPIPE || error == ECONNRESET);
+        errno = error;
+        if (!retry)
+            break;
+    }
+    return nullptr;
+}
+
 int send_message(Queue &queue, uint32_t dest_address, uint32_t dest_queue, uint32_t opcode,
                  const void *payload, uint32_t len, ipcq_msg_handle_t *msg)
 {
@@ -392,20 +450,17 @@ int send_message(Queue &queue, uint32_t dest_address, uint32_t dest_queue, uint3
     const uint32_t token = msg ? queue.take_token() : 0;
     const Kind kind = msg ? Kind::request : Kind::one_way;
     const FrameHeader header = header_from(queue, kind, opcode, token, len);
-    ipcq_msg *sent = msg ? new_message(header) : nullptr;
+    Message sent = msg ? ipcq_link::new_message(header) : nullptr;
     if (msg && !sent)
         return queue.fail(ENOMEM);
     const Deadline deadline(std::chrono::seconds(IPCQ_SEND_TIMEOUT_S));
-    Fd connection(ipcq_wire::connect_queue(dest_address, dest_queue, deadline));
-    if (connection.get() < 0 || !ipcq_wire::write_frame(connection.get(), header, payload, deadline)) {
-        const int error = errno;
-        free_message(sent);
-        return queue.fail(error);
-    }
+    std::shared_ptr<Link> link = deliver(queue, {dest_address, dest_queue}, header, payload, deadline);
+    if (!link)
+        return queue.fail(errno);
     if (msg) {
         sent->header.length = 0; // the handle of a sent message keeps no copy of its payload
-        queue.add_pending(token, std::move(connection));
-        replace_message(msg, sent);
+        queue.add_pending(token, std::move(link));
+        replace_message(msg, std::move(sent));
     }
     return 0;
 }
@@ -564,15 +619,16 @@ extern "C" int ipcq_reply(int q, const ipcq_msg_handle_t *request, const void *p
             return -1;
         }
         ipcq_msg *message = request ? *request : nullptr;
-        if (!message || message->reply_fd < 0 || (len > 0 && !payload))
+        if (!message || !message->reply_link || (len > 0 && !payload))
             return queue->fail(EINVAL);
         if (len > IPCQ_MAX_PAYLOAD)
             return queue->fail(EMSGSIZE);
         const FrameHeader header =
             header_from(*queue, Kind::reply, message->header.opcode, message->header.token, len);
-        Fd connection(std::exchange(message->reply_fd, -1)); // one reply per request
-        if (!ipcq_wire::write_frame(connection.get(), header, payload,
-                                    Deadline(std::chrono::seconds(IPCQ_SEND_TIMEOUT_S))))
+        const std::shared_ptr<Link> link = std::move(message->reply_link); // one reply per request
+        bool untouched = true;
+        if (!link->write_frame(header, payload, Deadline(std::chrono::seconds(IPCQ_SEND_TIMEOUT_S)),
+                               untouched))
             return queue->fail(errno);
         return 0;
     });

@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
@@ -67,11 +68,18 @@ bool transfer(int fd, std::byte *bytes, std::size_t size, short events, const De
     return true;
 }
 
-bool write_all(int fd, const std::byte *bytes, std::size_t size, const Deadline &deadline)
+// Moves the message's parts past the bytes already sent.
+void skip_sent(msghdr &message, std::size_t sent)
 {
-    return transfer(
-        fd, const_cast<std::byte *>(bytes), size, POLLOUT, deadline,
-        [fd](std::byte *at, std::size_t n) { return send(fd, at, n, MSG_NOSIGNAL | MSG_DONTWAIT); });
+    while (message.msg_iovlen > 0 && sent >= message.msg_iov->iov_len) {
+        sent -= message.msg_iov->iov_len;
+        ++message.msg_iov;
+        --message.msg_iovlen;
+    }
+    if (message.msg_iovlen > 0) {
+        message.msg_iov->iov_base = static_cast<std::byte *>(message.msg_iov->iov_base) + sent;
+        message.msg_iov->iov_len -= sent;
+    }
 }
 
 // true when there is no reason to refuse the path; otherwise says why on
@@ -170,10 +178,32 @@ int connect_queue(uint32_t address, uint32_t queue, const Deadline &deadline)
     return fd;
 }
 
-bool write_frame(int fd, const FrameHeader &header, const void *payload, const Deadline &deadline)
+bool write_frame(int fd, const FrameHeader &header, const void *payload, const Deadline &deadline,
+                 bool &untouched)
 {
-    return write_all(fd, reinterpret_cast<const std::byte *>(&header), sizeof header, deadline) &&
-           write_all(fd, static_cast<const std::byte *>(payload), header.length, deadline);
+    iovec parts[2] = {{const_cast<FrameHeader *>(&header), sizeof header},
+                      {const_cast<void *>(payload), header.length}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = header.length > 0 ? 2 : 1;
+    untouched = true;
+    while (message.msg_iovlen > 0) {
+        const ssize_t sent = sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent > 0) {
+            untouched = false;
+            skip_sent(message, static_cast<std::size_t>(sent));
+            continue;
+        }
+        if (sent < 0 && errno != EAGAIN && errno != EINTR)
+            return false;
+        const int ready = wait_for(fd, POLLOUT, deadline, false);
+        if (ready <= 0) {
+            if (ready == 0)
+                errno = ETIME;
+            return false;
+        }
+    }
+    return true;
 }
 
 bool read_exact(int fd, void *buffer, std::size_t size, const Deadline &deadline)

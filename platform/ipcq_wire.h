@@ -14,6 +14,7 @@ enum class Kind : uint32_t {
     one_way = 1, // nobody waits for a reply
     request = 2, // the sender waits on this connection for the reply
     reply = 3,
+    unanswered = 4, // the receiver dropped the request with this token without a reply
 };
 
 // Both ends run on one machine, so the header is in host order.
@@ -61,9 +62,11 @@ bool socket_path_usable(const std::string &path);
 // Connects to the queue's socket. Returns the descriptor, or -1 with errno.
 int connect_queue(uint32_t address, uint32_t queue, const Deadline &deadline);
 
-// Writes the header and the payload whole. false with errno on failure
-// (ETIME when the peer does not take the bytes in time).
-bool write_frame(int fd, const FrameHeader &header, const void *payload, const Deadline &deadline);
+// Writes the header and the payload whole, in one call when the socket has
+// room for them. false with errno on failure (ETIME when the peer does not
+// take the bytes in time); untouched then tells whether no byte left.
+bool write_frame(int fd, const FrameHeader &header, const void *payload, const Deadline &deadline,
+                 bool &untouched);
 
 // Reads exactly size bytes. false with errno: ECONNRESET when the peer
 // closed first, ETIME when the deadline passed.

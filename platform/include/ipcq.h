@@ -4,9 +4,11 @@
  * This stand-in carries messages over AF_UNIX stream sockets. Every open
  * queue listens on "<runtime directory>/<address as 8 hex digits>.<queue>";
  * the runtime directory is $IPCQ_RUNTIME_DIR, or "/tmp/ipcq-<uid>" when that
- * is unset. A request travels on a connection of its own, and its reply
- * comes back on the same connection, so a receiver learns at once when the
- * other side has gone away. */
+ * is unset. A queue keeps one connection to each queue it sends to, for as
+ * long as both are open, and writes each message on it in one piece; the
+ * replies come back on the same connection, so a sender learns at once when
+ * the other side has gone away. When the receiver restarts, the next message
+ * opens a new connection. */
 #ifndef WEX_PLATFORM_IPCQ_H
 #define WEX_PLATFORM_IPCQ_H
 

@@ -186,15 +186,18 @@ TEST_F(TransportTest, RequestsAndRepliesPassBetweenProcessesAndThreads)
     EXPECT_EQ(service.wait_exit(SIGTERM), 0);
 }
 
-TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEnd)
+TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEndAndARestartedServiceIsReached)
 {
-    // Holds the first request unanswered for 3 s, then dies holding the second.
+    // Holds the first request unanswered for 3 s, drops the second without
+    // a reply, then dies holding the third.
     Service service([](int q) {
         ipcq_msg_handle_t request = nullptr;
         const ipcq_recv_options_t any = reply_to(0);
         if (ipcq_recv(q, &request, &any))
             return 1;
         sleep(3);
+        if (ipcq_recv(q, &request, &any) || ipcq_drop(q, &request))
+            return 1;
         return ipcq_recv(q, &request, &any) ? 1 : 0;
     });
     void *reply = reinterpret_cast<void *>(1);
@@ -202,9 +205,15 @@ TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEnd)
     EXPECT_EQ(bcp_req_resp(916, 1, nullptr, &reply, &len, "", "", kServiceQueue, q_, 1), -1);
     EXPECT_EQ(errno, ETIME);
     EXPECT_EQ(reply, reinterpret_cast<void *>(1));
-    EXPECT_EQ(bcp_req_resp(916, 1, nullptr, &reply, &len, "", "", kServiceQueue, q_, 30), -1);
-    EXPECT_EQ(errno, ECONNRESET);
+    for (int held_or_dying = 0; held_or_dying < 2; ++held_or_dying) {
+        EXPECT_EQ(bcp_req_resp(916, 1, nullptr, &reply, &len, "", "", kServiceQueue, q_, 30), -1);
+        EXPECT_EQ(errno, ECONNRESET);
+    }
     EXPECT_EQ(service.wait_exit(), 0);
+    // The same queue in a new process is reached through a new link.
+    Service restarted(serve_routes);
+    EXPECT_EQ(exchange(916, "again"), "1:alpha,beta:again");
+    EXPECT_EQ(restarted.wait_exit(SIGTERM), 0);
 }
 
 TEST_F(TransportTest, SendsToAbsentDeadOrBadQueuesFailAtOnce)
