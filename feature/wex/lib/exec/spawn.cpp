@@ -1,4 +1,4 @@
-// Starting the shell binary directly: fork, execv, wait. No interpreter sits
+// Starting the shell binary directly: spawn, wait. No interpreter sits
 // between the caller and the shell, so the text reaches it as one argument.
 #include "common/paths.h"
 #include "exec/exec_common.h"
@@ -8,12 +8,18 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+extern char **environ;
+
 namespace
 {
+
+// The exit status of a child that could not execute the shell.
+constexpr int kShellNotExecuted = 127;
 
 const char *mode_option(int mode) noexcept
 {
@@ -29,17 +35,26 @@ const char *mode_option(int mode) noexcept
     }
 }
 
-[[noreturn]] void exec_shell(const char *text, const char *option, int image) noexcept
+// The shell started without copying the caller's address space: a daemon
+// that spawns shells is a large process, and a copy of its page tables
+// would cost far more than the shell's whole run. The child shares the
+// caller's memory until it executes the shell, so it runs none of the
+// caller's code: nothing in it flushes or exits through the caller's
+// handlers. Returns the child's id, 0 when the child could not execute the
+// shell (it has ended with 127 and been reaped), -1 when no child started.
+pid_t start_shell(const char *text, const char *option, int image) noexcept
 {
-    std::fflush(stdout);
     const bool main_image = image == WEX_IMAGE_MAIN;
     const char *path = main_image ? WEX_PATH("/tarn/bin/wex") : WEX_PATH("/lc/tarnboot/bin/wexboot");
     char *argv[] = {const_cast<char *>(main_image ? "wex" : "wexboot"), const_cast<char *>(option),
                     const_cast<char *>(text), nullptr};
-    execv(path, argv);
-    // The child must not run the parent's exit handlers nor flush its
-    // copied stdio buffers a second time.
-    _exit(127);
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, path, nullptr, nullptr, argv, environ);
+    if (error == 0)
+        return pid;
+    // Only a child that could not be created fails with these; any other
+    // error is the shell's execution failing in a child that has ended.
+    return error == EAGAIN || error == ENOMEM ? -1 : 0;
 }
 
 int wait_for_child(pid_t pid) noexcept
@@ -79,11 +94,11 @@ WEX_API int wex_system_internal(const char *text, int mode, int image) noexcept
     if (!option)
         return -1;
     wex::exec::flush_std_streams();
-    const pid_t pid = fork();
+    const pid_t pid = start_shell(text, option, image);
     if (pid < 0)
         return -1;
     if (pid == 0)
-        exec_shell(text, option, image);
+        return W_EXITCODE(kShellNotExecuted, 0);
     return wait_for_child(pid);
 }
 
