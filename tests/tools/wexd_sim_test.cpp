@@ -338,6 +338,7 @@ TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
         EXPECT_EQ(run.status, 1);
         EXPECT_EQ(run.err, refusal.err);
     }
+    EXPECT_EQ(wex_test::run_tool(sim, {"--log-level", "loud"}, dir).status, 2);
     chmod(dir.c_str(), 0777);
     wex_test::ToolRun run = wex_test::run_tool(sim, {}, dir);
     EXPECT_EQ(run.status, 1);

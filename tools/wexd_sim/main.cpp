@@ -2,6 +2,7 @@
 // platform transport, for running features and the library off the switch.
 #include "handlers.h"
 #include "input_file.h"
+#include "message_log.h"
 #include "program.h"
 #include "role_config.h"
 #include "sim_state.h"
@@ -33,10 +34,11 @@ constexpr uint32_t kQueues[] = {WEXD_QUEUE, PARSE_TREE_QUEUE, ASCII_CFG_SERVER_Q
 
 void usage(std::FILE *to)
 {
-    std::fputs("usage: wexd-sim [--config FILE]\n"
+    std::fputs("usage: wexd-sim [--config FILE] [--log-level events|messages]\n"
                "Serves wexd (queue 37), parse-tree registration (296), the configuration server (76)\n"
                "and notifications (0) at address fe000000 on the transport under $IPCQ_RUNTIME_DIR,\n"
-               "logging one line per message, until SIGTERM or SIGINT; SIGHUP reads FILE again.\n"
+               "logging one line per message (--log-level events: only starting, reloading and\n"
+               "stopping), until SIGTERM or SIGINT; SIGHUP reads FILE again.\n"
                "FILE holds the roles, rules and locales to serve:\n"
                "  role ops Operators of the fabric\n"
                "  rule 1 permit show all\n"
@@ -73,11 +75,19 @@ void reload_config(const std::string &path, wexd_sim::SimState &state)
     if (path.empty())
         return;
     if (load_config(path, state))
-        std::printf("wexd-sim: reloaded %s (%zu roles, %zu locales)\n", path.c_str(), state.roles.size(),
-                    state.locales.size());
+        wexd_sim::log_event("wexd-sim: reloaded " + path + " (" + std::to_string(state.roles.size()) +
+                            " roles, " + std::to_string(state.locales.size()) + " locales)");
     else
-        std::printf("wexd-sim: kept the roles served: %s does not load\n", path.c_str());
-    std::fflush(stdout);
+        wexd_sim::log_event("wexd-sim: kept the roles served: " + path + " does not load");
+}
+
+std::optional<wexd_sim::LogLevel> log_level_of(const std::string &word)
+{
+    if (word == "events")
+        return wexd_sim::LogLevel::events;
+    if (word == "messages")
+        return wexd_sim::LogLevel::messages;
+    return std::nullopt;
 }
 
 void on_signal(int signal)
@@ -129,6 +139,10 @@ int main(int argc, char **argv)
             usage(stdout);
             return wex_tools::finish_output(kProgram, 0);
         }
+        if (args[i] == "--log-level" && i + 1 < args.size() && log_level_of(args[i + 1])) {
+            wexd_sim::set_log_level(*log_level_of(args[++i]));
+            continue;
+        }
         if (args[i] == "--config" && i + 1 < args.size()) {
             config_path = args[++i];
             if (!load_config(config_path, *state))
@@ -144,9 +158,11 @@ int main(int argc, char **argv)
     if (!open_queues(served, *state))
         return 1;
     const char *dir = std::getenv("IPCQ_RUNTIME_DIR");
-    std::printf("wexd-sim: serving queues 37, 296, 76 and 0 at fe000000 (%zu roles, %zu locales) in %s\n",
-                state->roles.size(), state->locales.size(), dir ? dir : "the default runtime directory");
-    std::fflush(stdout);
+    wexd_sim::log_event("wexd-sim: serving queues 37, 296, 76 and 0 at fe000000 (" +
+                        std::to_string(state->roles.size()) + " roles, " +
+                        std::to_string(state->locales.size()) + " locales) in " +
+                        (dir ? dir : "the default runtime directory"));
+    wexd_sim::flush_log();
     // Each queue is served by a thread of its own. The threads are not
     // joined but counted out: the 32-bit build, run under emulation, cannot
     // always join a thread.
@@ -166,6 +182,7 @@ int main(int argc, char **argv)
     }
     while (serving > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        wexd_sim::flush_log();
         if (g_reload) {
             g_reload = 0;
             reload_config(config_path, *state);
@@ -173,6 +190,7 @@ int main(int argc, char **argv)
     }
     for (const auto &queue : served)
         ipcq_close(queue.q);
-    std::printf("wexd-sim: stopped\n");
+    wexd_sim::log_event("wexd-sim: stopped");
+    wexd_sim::flush_log();
     return failed.load();
 }

@@ -2,6 +2,7 @@
 
 #include <wex/wexd_client.h>
 
+#include <atomic>
 #include <cstdio>
 #include <ctime>
 #include <mutex>
@@ -48,7 +49,30 @@ constexpr OpcodeName kNames[] = {
     {WEX_OPC_PA_STATE_QUERY, "pa-state-query"},
 };
 
+// Unwritten lines past this are written by the thread that logs.
+constexpr std::size_t kMaxUnwritten = 64 * 1024;
+
 std::mutex g_output;
+std::string g_unwritten;
+std::atomic<LogLevel> g_level{LogLevel::messages};
+
+void write_out_locked()
+{
+    if (g_unwritten.empty())
+        return;
+    std::fwrite(g_unwritten.data(), 1, g_unwritten.size(), stdout);
+    std::fflush(stdout);
+    g_unwritten.clear();
+}
+
+void append_line(const std::string &line)
+{
+    const std::lock_guard guard(g_output);
+    g_unwritten += line;
+    g_unwritten += '\n';
+    if (g_unwritten.size() > kMaxUnwritten)
+        write_out_locked();
+}
 
 } // namespace
 
@@ -61,19 +85,37 @@ const char *opcode_name(uint32_t opcode)
     return "unknown";
 }
 
+void set_log_level(LogLevel level)
+{
+    g_level = level;
+}
+
 void log_request(uint32_t queue, const ipcq_request_info_t &request, const std::string &what)
 {
+    if (g_level.load() != LogLevel::messages)
+        return;
     timeval now{};
     gettimeofday(&now, nullptr);
     std::tm local{};
     localtime_r(&now.tv_sec, &local);
     char stamp[16];
     std::strftime(stamp, sizeof stamp, "%H:%M:%S", &local);
+    char head[96];
+    std::snprintf(head, sizeof head, "%s.%03ld q%-3u <- %08x.%-5u %6u %-24s ", stamp,
+                  static_cast<long>(now.tv_usec / 1000), queue, request.sender_address, request.sender_queue,
+                  request.opcode, opcode_name(request.opcode));
+    append_line(head + what);
+}
+
+void log_event(const std::string &line)
+{
+    append_line(line);
+}
+
+void flush_log()
+{
     const std::lock_guard guard(g_output);
-    std::printf("%s.%03ld q%-3u <- %08x.%-5u %6u %-24s %s\n", stamp, static_cast<long>(now.tv_usec / 1000),
-                queue, request.sender_address, request.sender_queue, request.opcode,
-                opcode_name(request.opcode), what.c_str());
-    std::fflush(stdout);
+    write_out_locked();
 }
 
 } // namespace wexd_sim
