@@ -115,6 +115,8 @@ TEST(DisplayArrayTree, PrintsEveryFieldChildrenAndLinks)
     std::strcpy(show.module_id, "vsh");
     show.action = 0xC;
     show.token_id = 7;
+    show.command_id = 41;
+    show.bcp_msg_type = 3;
     show.permissions_mask[0] = 0x01;
     show.permissions_mask[15] = 0x80;
     show.internal_func_id = 3;
@@ -135,7 +137,8 @@ TEST(DisplayArrayTree, PrintsEveryFieldChildrenAndLinks)
         "<NODE> NodeName:show Token:show Help:Show info SubMode:8 Terminal:4 module_id:vsh "
         "permissions_mask:80" +
         zeros(14) + "01" +
-        "token_id:7 action:12 action:0x0000000c internal_func_id:3 optional:1 asciigen_priority:2 "
+        "token_id:7 command_id:41 action:12 action:0x0000000c internal_func_id:3 optional:1 bcp_msg_type:3 "
+        "asciigen_priority:2 "
         " Interface Mask:5 childlist_mask:40" +
         zeros(31) + "<Parameter TYPE_INT:-5 to 10{1048576}>\n" + bare_node(1, "version") +
         "      <NODE> NodeName:brief Token:brief permissions_mask:" + zeros(16) +
