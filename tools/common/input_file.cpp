@@ -1,5 +1,6 @@
 #include "input_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -49,25 +50,37 @@ const char *kind_of(mode_t mode)
     return nullptr;
 }
 
-// Reads to the end, one byte past the limit at most, so an endless input
-// costs no more than the limit.
-std::optional<std::string> read_bounded(const char *program, const std::string &name, int fd,
-                                        std::size_t limit)
+std::nullopt_t refuse_size(const char *program, const std::string &name, std::size_t limit)
 {
-    std::string bytes;
-    char chunk[65536];
+    return refuse(program, name, "is larger than the limit of " + std::to_string(limit) + " bytes");
+}
+
+// Reads to the end straight into the text, one byte past the limit at most,
+// so an endless input costs no more than the limit. A file's size sizes the
+// text at once (one byte over, to meet the end without growing it); the
+// text grows by doubling only for input of unknown size.
+std::optional<std::string> read_bounded(const char *program, const std::string &name, int fd,
+                                        std::size_t limit, std::size_t size_hint)
+{
+    constexpr std::size_t kFirstRead = 64 * 1024;
+    std::string bytes(std::min(limit + 1, size_hint > 0 ? size_hint + 1 : kFirstRead), '\0');
+    std::size_t have = 0;
     for (;;) {
-        const ssize_t got = read(fd, chunk, sizeof chunk);
+        if (have == bytes.size())
+            bytes.resize(std::min(limit + 1, 2 * have));
+        const ssize_t got = read(fd, bytes.data() + have, bytes.size() - have);
         if (got == 0)
-            return bytes;
+            break;
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
             return refuse(program, name, std::strerror(errno));
-        if (bytes.size() + static_cast<std::size_t>(got) > limit)
-            return refuse(program, name, "is larger than the limit of " + std::to_string(limit) + " bytes");
-        bytes.append(chunk, static_cast<std::size_t>(got));
+        have += static_cast<std::size_t>(got);
+        if (have > limit)
+            return refuse_size(program, name, limit);
     }
+    bytes.resize(have);
+    return bytes;
 }
 
 } // namespace
@@ -75,7 +88,7 @@ std::optional<std::string> read_bounded(const char *program, const std::string &
 std::optional<std::string> read_input(const char *program, const std::string &path, std::size_t limit)
 {
     if (path == "-")
-        return read_bounded(program, "standard input", STDIN_FILENO, limit);
+        return read_bounded(program, "standard input", STDIN_FILENO, limit, 0);
     // Not blocking on the open: a FIFO without a writer would wait forever.
     const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.get() < 0)
@@ -87,8 +100,8 @@ std::optional<std::string> read_input(const char *program, const std::string &pa
     if (const char *kind = kind_of(status.st_mode))
         return refuse(program, path, kind);
     if (static_cast<uint64_t>(status.st_size) > limit)
-        return refuse(program, path, "is larger than the limit of " + std::to_string(limit) + " bytes");
-    return read_bounded(program, path, file.get(), limit);
+        return refuse_size(program, path, limit);
+    return read_bounded(program, path, file.get(), limit, static_cast<std::size_t>(status.st_size));
 }
 
 std::optional<std::string> not_text(std::string_view bytes)

@@ -5,6 +5,7 @@
 #include "daemon_commands.h"
 #include "input_file.h"
 #include "par_image.h"
+#include "printed_bytes.h"
 #include "program.h"
 
 #include <wex/output.h>
@@ -101,18 +102,16 @@ int par_command(const std::string &action, const Args &args)
     if (!par_arguments(args, path, start))
         return usage_error("par " + action + " needs FILE [--node N], N below " +
                            std::to_string(wexctl::kMaxImageNodes));
-    const std::optional<std::string> bytes = wex_tools::read_input(kProgram, path, kMaxImageBytes);
+    std::optional<std::string> bytes = wex_tools::read_input(kProgram, path, kMaxImageBytes);
     if (!bytes)
         return 2;
-    std::vector<uint8_t> image(bytes->begin(), bytes->end());
+    const std::span<uint8_t> image(reinterpret_cast<uint8_t *>(bytes->data()), bytes->size());
     const wexctl::ImageCheck check = wexctl::check_image(image, start);
     const bool dump = action == "dump";
     const int status = report_check(path, check, start, dump);
     // The dump walks only the non-link tree, so link problems do not stop it.
-    if (!dump || !check.walkable)
-        return status;
-    wexctl::image_to_host_order(image, check);
-    display_array_tree(image.data(), start, 0);
+    if (dump && check.walkable)
+        display_array_tree(image.data(), start, 0);
     return status;
 }
 
@@ -144,8 +143,10 @@ int diff_command(const Args &args)
     const std::optional<std::string> new_text = read_text(args[1]);
     if (!old_text || !new_text)
         return 2;
-    wex_diff(old_text->c_str(), new_text->c_str());
-    return wex_is_diff_same(old_text->c_str(), new_text->c_str()) ? 0 : 1;
+    // The comparison prints nothing exactly when the two are the same.
+    const std::size_t printed =
+        wexctl::printed_bytes([&] { wex_diff(old_text->c_str(), new_text->c_str()); });
+    return printed == 0 ? 0 : 1;
 }
 
 int run(const Args &all)

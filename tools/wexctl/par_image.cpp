@@ -155,8 +155,9 @@ struct LinkWalk {
     }
 };
 
-void check_links(const std::vector<Node> &nodes, const std::vector<uint8_t> &image, uint32_t start,
-                 ImageCheck &check)
+// The links from start, through the parsed nodes, then the library's own
+// cycle check on the image, already in host order.
+void check_links(const std::vector<Node> &nodes, const uint8_t *host_image, uint32_t start, ImageCheck &check)
 {
     LinkWalk walk{nodes, std::vector<int>(nodes.size(), 0), std::vector<int32_t>(nodes.size(), 0)};
     walk.visit(start, 0);
@@ -170,15 +171,13 @@ void check_links(const std::vector<Node> &nodes, const std::vector<uint8_t> &ima
                                  std::to_string(kMaxDepth) + " levels deep");
         return;
     }
-    std::vector<uint8_t> host(image);
-    image_to_host_order(host, check);
-    if (cycle_check(host.data(), start, 0) != 0)
+    if (cycle_check(host_image, start, 0) != 0)
         check.problems.push_back(at(start) + "cycle_check finds a cycle or too deep a path");
 }
 
 } // namespace
 
-ImageCheck check_image(const std::vector<uint8_t> &image, uint32_t start)
+ImageCheck check_image(std::span<uint8_t> image, uint32_t start)
 {
     ImageCheck check;
     if (image.empty() || image.size() % WEX_NODE_SIZE != 0) {
@@ -199,15 +198,13 @@ ImageCheck check_image(const std::vector<uint8_t> &image, uint32_t start)
     if (!check.problems.empty())
         return check;
     check.walkable = check_forest(nodes, parent, check);
-    if (check.walkable)
-        check_links(nodes, image, start, check);
-    return check;
-}
-
-void image_to_host_order(std::vector<uint8_t> &image, const ImageCheck &check)
-{
+    if (!check.walkable)
+        return check;
+    // Every tree, so that links into any of them are in host order too.
     for (const uint32_t root : check.roots)
         ntoh_array_tree(image.data(), root, 0);
+    check_links(nodes, image.data(), start, check);
+    return check;
 }
 
 } // namespace wexctl

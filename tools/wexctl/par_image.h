@@ -5,6 +5,7 @@
 #define WEXCTL_PAR_IMAGE_H
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,10 +26,9 @@ struct ImageCheck {
 // indexes, one non-link parent per node, the depth of every non-link tree,
 // and loops and depth following links (then the library's cycle_check on
 // the image in host order).
-ImageCheck check_image(const std::vector<uint8_t> &image, uint32_t start);
-
-// Converts every node of a walkable image to host order, tree by tree.
-void image_to_host_order(std::vector<uint8_t> &image, const ImageCheck &check);
+// Checks the image from node start. When the whole image is walkable, it is
+// left converted to host order, ready for the library's walks.
+ImageCheck check_image(std::span<uint8_t> image, uint32_t start);
 
 } // namespace wexctl
 
