@@ -62,9 +62,8 @@ void summarize(wex_bench::RealTimes &real_us)
     for (const char *size : {"16", "1024"}) {
         const double wex = real_us[std::string("BM_WexSystem/") + size];
         const double spawn = real_us[std::string("BM_PosixSpawn/") + size];
-        if (wex > 0 && spawn > 0)
-            std::printf("parent %4s MiB: wex_system %.1f us, posix_spawn %.1f us, ratio %.2f\n", size, wex,
-                        spawn, wex / spawn);
+        const std::string work = std::string("wex_system from a ") + size + " MiB parent";
+        wex_bench::summary_row(work.c_str(), wex, spawn, "us", "at most 2x posix_spawn", wex <= 2 * spawn);
     }
 }
 
