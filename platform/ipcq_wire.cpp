@@ -39,17 +39,33 @@ int wait_for(int fd, short events, const Deadline &deadline, bool interruptible)
     }
 }
 
-// Moves size bytes with io (a non-blocking send or recv), waiting for the
-// descriptor between tries. A peer that closes first is ECONNRESET, a
-// deadline that passes is ETIME.
-template <typename Io>
-bool transfer(int fd, std::byte *bytes, std::size_t size, short events, const Deadline &deadline, Io io)
+// Moves the message's parts past the bytes already moved.
+void skip_moved(msghdr &message, std::size_t moved)
 {
-    while (size > 0) {
-        const ssize_t moved = io(bytes, size);
+    while (message.msg_iovlen > 0 && moved >= message.msg_iov->iov_len) {
+        moved -= message.msg_iov->iov_len;
+        ++message.msg_iov;
+        --message.msg_iovlen;
+    }
+    if (message.msg_iovlen > 0) {
+        message.msg_iov->iov_base = static_cast<std::byte *>(message.msg_iov->iov_base) + moved;
+        message.msg_iov->iov_len -= moved;
+    }
+}
+
+// Moves the bytes the message's parts describe with io (a non-blocking
+// sendmsg or recvmsg), waiting for the descriptor between tries. A peer
+// that closes first is ECONNRESET, a deadline that passes is ETIME;
+// untouched tells whether no byte moved.
+template <typename Io>
+bool transfer(int fd, msghdr &message, short events, const Deadline &deadline, bool &untouched, Io io)
+{
+    untouched = true;
+    while (message.msg_iovlen > 0) {
+        const ssize_t moved = io(&message);
         if (moved > 0) {
-            bytes += moved;
-            size -= static_cast<std::size_t>(moved);
+            untouched = false;
+            skip_moved(message, static_cast<std::size_t>(moved));
             continue;
         }
         if (moved == 0) {
@@ -66,20 +82,6 @@ bool transfer(int fd, std::byte *bytes, std::size_t size, short events, const De
         }
     }
     return true;
-}
-
-// Moves the message's parts past the bytes already sent.
-void skip_sent(msghdr &message, std::size_t sent)
-{
-    while (message.msg_iovlen > 0 && sent >= message.msg_iov->iov_len) {
-        sent -= message.msg_iov->iov_len;
-        ++message.msg_iov;
-        --message.msg_iovlen;
-    }
-    if (message.msg_iovlen > 0) {
-        message.msg_iov->iov_base = static_cast<std::byte *>(message.msg_iov->iov_base) + sent;
-        message.msg_iov->iov_len -= sent;
-    }
 }
 
 // true when there is no reason to refuse the path; otherwise says why on
@@ -186,30 +188,19 @@ bool write_frame(int fd, const FrameHeader &header, const void *payload, const D
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = header.length > 0 ? 2 : 1;
-    untouched = true;
-    while (message.msg_iovlen > 0) {
-        const ssize_t sent = sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent > 0) {
-            untouched = false;
-            skip_sent(message, static_cast<std::size_t>(sent));
-            continue;
-        }
-        if (sent < 0 && errno != EAGAIN && errno != EINTR)
-            return false;
-        const int ready = wait_for(fd, POLLOUT, deadline, false);
-        if (ready <= 0) {
-            if (ready == 0)
-                errno = ETIME;
-            return false;
-        }
-    }
-    return true;
+    return transfer(fd, message, POLLOUT, deadline, untouched,
+                    [fd](const msghdr *m) { return sendmsg(fd, m, MSG_NOSIGNAL | MSG_DONTWAIT); });
 }
 
 bool read_exact(int fd, void *buffer, std::size_t size, const Deadline &deadline)
 {
-    return transfer(fd, static_cast<std::byte *>(buffer), size, POLLIN, deadline,
-                    [fd](std::byte *at, std::size_t n) { return recv(fd, at, n, MSG_DONTWAIT); });
+    iovec part{buffer, size};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = size > 0 ? 1 : 0;
+    bool untouched = true;
+    return transfer(fd, message, POLLIN, deadline, untouched,
+                    [fd](msghdr *m) { return recvmsg(fd, m, MSG_DONTWAIT); });
 }
 
 int wait_readable(int fd, const Deadline &deadline, bool interruptible)
