@@ -82,8 +82,8 @@ struct Sender {
     std::size_t payload_room = 0;
 
     bool complete() const { return header_got == sizeof header && payload_got == header.length; }
+    // An idle sender is kept without a deadline; any other is on the clock.
     bool idle() const { return has_sent && header_got == 0; }
-    bool on_the_clock() const { return !idle(); }
 };
 
 using Destination = std::pair<uint32_t, uint32_t>;
@@ -130,18 +130,13 @@ struct Queue {
         }
         return nullptr;
     }
-    // The kept link to a destination, unless its receiver has hung up.
+    // The kept link to a destination, if any. Whether its receiver is still
+    // there is learnt from the send itself (see deliver).
     std::shared_ptr<Link> kept_link(const Destination &to)
     {
         std::lock_guard lock(mutex);
         const auto it = links.find(to);
-        if (it == links.end())
-            return nullptr;
-        if (it->second->peer_gone()) {
-            links.erase(it);
-            return nullptr;
-        }
-        return it->second;
+        return it == links.end() ? nullptr : it->second;
     }
     std::shared_ptr<Link> new_link(const Destination &to, const Deadline &deadline)
     {
@@ -245,10 +240,10 @@ bool acceptable_request(const FrameHeader &header)
 
 // Room for the next bytes of the payload, grown by at least a chunk and at
 // most to the declared length.
-bool make_payload_room(Sender &in)
+void make_payload_room(Sender &in)
 {
     if (in.payload_room > in.payload_got)
-        return true;
+        return;
     const std::size_t room = std::min<std::size_t>(
         in.header.length, std::max(in.payload_room * 2, in.payload_got + kPayloadChunk));
     void *grown = std::realloc(in.payload.get(), room);
@@ -257,7 +252,6 @@ bool make_payload_room(Sender &in)
     in.payload.release();
     in.payload.reset(static_cast<std::byte *>(grown));
     in.payload_room = room;
-    return true;
 }
 
 // Reads what has arrived from one sender. false when the sender is to be
@@ -355,7 +349,7 @@ void read_ready(Queue &queue, const std::vector<pollfd> &polled)
     for (std::size_t i = 1; i < polled.size(); ++i, ++at) {
         Sender &in = queue.senders[at];
         const bool ready = (polled[i].revents & (POLLIN | POLLHUP | POLLERR)) != 0;
-        const bool late = in.on_the_clock() && !in.complete() && in.deadline.remaining_ms() == 0;
+        const bool late = !in.idle() && !in.complete() && in.deadline.remaining_ms() == 0;
         if ((ready && !read_arrived(in)) || late) {
             queue.senders.erase(queue.senders.begin() + static_cast<std::ptrdiff_t>(at));
             --at;
@@ -371,7 +365,7 @@ std::vector<pollfd> poll_set(const Queue &queue, const Deadline &deadline, int &
     wait_ms = deadline.remaining_ms();
     for (const Sender &in : queue.senders) {
         polled.push_back({in.link->fd(), POLLIN, 0});
-        if (in.on_the_clock())
+        if (!in.idle())
             wait_ms = std::min(wait_ms, in.deadline.remaining_ms());
     }
     return polled;

@@ -5,8 +5,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <new>
-#include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace ipcq_link
@@ -90,17 +88,6 @@ bool Link::write_frame(const FrameHeader &header, const void *payload, const Dea
 {
     const std::lock_guard lock(write_mutex_);
     return ipcq_wire::write_frame(fd_, header, payload, deadline, untouched);
-}
-
-bool Link::peer_gone() const
-{
-    pollfd entry{fd_, POLLIN, 0};
-    if (poll(&entry, 1, 0) <= 0)
-        return false;
-    if (entry.revents & (POLLHUP | POLLERR | POLLNVAL))
-        return true;
-    char byte;
-    return recv(fd_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
 }
 
 bool Link::broken()

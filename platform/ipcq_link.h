@@ -52,10 +52,6 @@ class Link
     bool write_frame(const ipcq_wire::FrameHeader &header, const void *payload,
                      const ipcq_wire::Deadline &deadline, bool &untouched);
 
-    // Whether the peer has closed its end, so that nothing sent on this
-    // link can be answered.
-    bool peer_gone() const;
-
     // Whether the link failed for good: its peer hung up or sent garbage.
     bool broken();
 

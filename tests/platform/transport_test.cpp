@@ -184,9 +184,15 @@ TEST_F(TransportTest, RequestsAndRepliesPassBetweenProcessesAndThreads)
         thread.join();
     EXPECT_EQ(mismatches, std::vector<int>(4, 0));
     EXPECT_EQ(service.wait_exit(SIGTERM), 0);
+
+    // The same queue in a new process: the link kept to the old one is
+    // found closed by the send, which goes out once more on a new link.
+    Service restarted(serve_routes);
+    EXPECT_EQ(exchange(916, "again"), "1:alpha,beta:again");
+    EXPECT_EQ(restarted.wait_exit(SIGTERM), 0);
 }
 
-TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEndAndARestartedServiceIsReached)
+TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEnd)
 {
     // Holds the first request unanswered for 3 s, drops the second without
     // a reply, then dies holding the third.
@@ -210,10 +216,6 @@ TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEndAndARestartedServiceIs
         EXPECT_EQ(errno, ECONNRESET);
     }
     EXPECT_EQ(service.wait_exit(), 0);
-    // The same queue in a new process is reached through a new link.
-    Service restarted(serve_routes);
-    EXPECT_EQ(exchange(916, "again"), "1:alpha,beta:again");
-    EXPECT_EQ(restarted.wait_exit(SIGTERM), 0);
 }
 
 TEST_F(TransportTest, SendsToAbsentDeadOrBadQueuesFailAtOnce)
