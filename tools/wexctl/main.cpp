@@ -143,10 +143,15 @@ int diff_command(const Args &args)
     const std::optional<std::string> new_text = read_text(args[1]);
     if (!old_text || !new_text)
         return 2;
-    // The comparison prints nothing exactly when the two are the same.
-    const std::size_t printed =
+    // The comparison prints nothing exactly when the two are the same; only
+    // when its output cannot be counted is equality asked separately.
+    const std::optional<std::size_t> printed =
         wexctl::printed_bytes([&] { wex_diff(old_text->c_str(), new_text->c_str()); });
-    return printed == 0 ? 0 : 1;
+    if (!printed) {
+        wex_diff(old_text->c_str(), new_text->c_str());
+        return wex_is_diff_same(old_text->c_str(), new_text->c_str()) ? 0 : 1;
+    }
+    return *printed == 0 ? 0 : 1;
 }
 
 int run(const Args &all)

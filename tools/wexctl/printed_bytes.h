@@ -5,13 +5,15 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 
 namespace wexctl
 {
 
 // Runs print with standard output passed through a counter to the real
-// standard output; returns the bytes it printed.
-std::size_t printed_bytes(const std::function<void()> &print);
+// standard output; returns the bytes it printed, or nothing (print not run)
+// when no counting stream can be made.
+std::optional<std::size_t> printed_bytes(const std::function<void()> &print);
 
 } // namespace wexctl
 
