@@ -23,7 +23,7 @@ constexpr int kSpineDepth = 30;            // levels below a root: 31 in all
 // leaf and a link at each level, the body nodes are used up in that order,
 // and the body nodes left over are roots of their own.
 struct Forest {
-    wex_test::Image image{kNodes};
+    wex_test::Tree image{kNodes};
     std::vector<uint32_t> roots;
     uint32_t next_body = 0;
 
