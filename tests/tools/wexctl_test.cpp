@@ -133,11 +133,14 @@ TEST(Wexctl, ParCheckReportsEachBadImageWithItsNode)
 TEST(Wexctl, UntrustedFilesAndArgumentsGetOneLineAndStatusTwo)
 {
     const std::string dir = WEX_TEST_SANDBOX, fifo = dir + "/wexctl.fifo", a = dir + "/a.cfg",
-                      nul = dir + "/nul.cfg", open_end = dir + "/open.cfg";
+                      nul = dir + "/nul.cfg", shift_out = dir + "/so.cfg", open_end = dir + "/open.cfg";
     unlink(fifo.c_str());
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     std::ofstream(a) << "a\n";
     std::ofstream(nul) << std::string("a\n\0b\n", 5);
+    // Tab, escape, carriage return and vertical tab pass; shift-out, just
+    // past them, is found beyond the first 64 bytes.
+    std::ofstream(shift_out) << "a\tb\x1b[0m\r\v\n" << std::string(70, 'x') << "\nc\x0e\n";
     std::ofstream(open_end) << "a\nb";
     const std::string usage_lock = "wexctl: lock needs a REQUESTER: a number from 0 to 4294967295\n";
     const struct {
@@ -155,6 +158,8 @@ TEST(Wexctl, UntrustedFilesAndArgumentsGetOneLineAndStatusTwo)
          {"/dev/zero", ""}},
         {{"diff", nul, a},
          "wexctl: " + nul + ": binary content (byte 0x00 on line 2), not compared as text\n"},
+        {{"diff", a, shift_out},
+         "wexctl: " + shift_out + ": binary content (byte 0x0e on line 3), not compared as text\n"},
         {{"lock", "abc"}, usage_lock},
         {{"lock", "-1"}, usage_lock},
         {{"lock", "99999999999"}, usage_lock},
