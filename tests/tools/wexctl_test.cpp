@@ -139,8 +139,10 @@ TEST(Wexctl, UntrustedFilesAndArgumentsGetOneLineAndStatusTwo)
     std::ofstream(a) << "a\n";
     std::ofstream(nul) << std::string("a\n\0b\n", 5);
     // Tab, escape, carriage return and vertical tab pass; shift-out, just
-    // past them, is found beyond the first 64 bytes.
-    std::ofstream(shift_out) << "a\tb\x1b[0m\r\v\n" << std::string(70, 'x') << "\nc\x0e\n";
+    // past them, is found inside a later 64-byte block.
+    std::ofstream(shift_out) << "a\tb\x1b[0m\r\v\n"
+                             << std::string(70, 'x') << "\nc\x0e\n"
+                             << std::string(70, 'y') << "\n";
     std::ofstream(open_end) << "a\nb";
     const std::string usage_lock = "wexctl: lock needs a REQUESTER: a number from 0 to 4294967295\n";
     const struct {
