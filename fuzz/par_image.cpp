@@ -1,5 +1,5 @@
-// A .par image as wexctl takes it: the check (which converts what it
-// accepts to host order), then the dump and the library's loop check.
+// A .par image as wexctl's dump takes it: the check, the conversion of what
+// it accepts to host order with the library's loop check, then the dump.
 #include "par_image.h"
 #include "harness.h"
 
@@ -14,10 +14,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     const uint32_t start = data[0]; // the first byte names the start node
     std::vector<uint8_t> image(data + 1, data + size);
-    const wexctl::ImageCheck check = wexctl::check_image(image, start);
+    wexctl::ImageCheck check = wexctl::check_image(wexctl::shape_of(image), image.size(), start);
     if (!check.walkable)
         return 0;
+    wexctl::convert_for_walks(image, start, check);
     display_array_tree(image.data(), start, 0);
-    cycle_check(image.data(), start, 0);
     return 0;
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -55,6 +56,24 @@ std::nullopt_t refuse_size(const char *program, const std::string &name, std::si
     return refuse(program, name, "is larger than the limit of " + std::to_string(limit) + " bytes");
 }
 
+// Fills the block from fd, short only at the end of the input; the bytes
+// read, or -1 with errno.
+ssize_t read_block(int fd, uint8_t *block, std::size_t size)
+{
+    std::size_t have = 0;
+    while (have < size) {
+        const ssize_t got = read(fd, block + have, size - have);
+        if (got == 0)
+            break;
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return -1;
+        have += static_cast<std::size_t>(got);
+    }
+    return static_cast<ssize_t>(have);
+}
+
 // Reads to the end straight into the text, one byte past the limit at most,
 // so an endless input costs no more than the limit. A file's size sizes the
 // text at once (one byte over, to meet the end without growing it); the
@@ -68,19 +87,39 @@ std::optional<std::string> read_bounded(const char *program, const std::string &
     for (;;) {
         if (have == bytes.size())
             bytes.resize(std::min(limit + 1, 2 * have));
-        const ssize_t got = read(fd, bytes.data() + have, bytes.size() - have);
-        if (got == 0)
-            break;
-        if (got < 0 && errno == EINTR)
-            continue;
+        const std::size_t room = bytes.size() - have;
+        const ssize_t got = read_block(fd, reinterpret_cast<uint8_t *>(bytes.data()) + have, room);
         if (got < 0)
             return refuse(program, name, std::strerror(errno));
         have += static_cast<std::size_t>(got);
         if (have > limit)
             return refuse_size(program, name, limit);
+        if (static_cast<std::size_t>(got) < room)
+            break;
     }
     bytes.resize(have);
     return bytes;
+}
+
+// Reads to the end through one block of memory reused for the whole input,
+// handing each block to take; the total, at most limit.
+std::optional<std::size_t> read_blocks(const char *program, const std::string &name, int fd,
+                                       std::size_t limit, std::size_t block_size, const BlockTaker &take)
+{
+    const std::unique_ptr<uint8_t[]> block = std::make_unique_for_overwrite<uint8_t[]>(block_size);
+    std::size_t total = 0;
+    for (;;) {
+        const ssize_t got = read_block(fd, block.get(), block_size);
+        if (got < 0)
+            return refuse(program, name, std::strerror(errno));
+        total += static_cast<std::size_t>(got);
+        if (total > limit)
+            return refuse_size(program, name, limit);
+        if (got > 0)
+            take({block.get(), static_cast<std::size_t>(got)});
+        if (static_cast<std::size_t>(got) < block_size)
+            return total;
+    }
 }
 
 // Tab, the line ends, form feed and escape occur in configuration texts;
@@ -113,12 +152,14 @@ const unsigned char *first_binary_byte(const unsigned char *p, const unsigned ch
     return std::find_if(p, end, is_binary);
 }
 
-} // namespace
-
-std::optional<std::string> read_input(const char *program, const std::string &path, std::size_t limit)
+// Opens the input and refuses what is not a regular file within limit, then
+// has read take its bytes: read(name, descriptor, size or 0 when unknown).
+template <typename Read>
+auto with_input(const char *program, const std::string &path, std::size_t limit, Read read)
+    -> decltype(read(path, 0, 0))
 {
     if (path == "-")
-        return read_bounded(program, "standard input", STDIN_FILENO, limit, 0);
+        return read("standard input", STDIN_FILENO, 0);
     // Not blocking on the open: a FIFO without a writer would wait forever.
     const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.get() < 0)
@@ -131,7 +172,24 @@ std::optional<std::string> read_input(const char *program, const std::string &pa
         return refuse(program, path, kind);
     if (static_cast<uint64_t>(status.st_size) > limit)
         return refuse_size(program, path, limit);
-    return read_bounded(program, path, file.get(), limit, static_cast<std::size_t>(status.st_size));
+    return read(path, file.get(), static_cast<std::size_t>(status.st_size));
+}
+
+} // namespace
+
+std::optional<std::string> read_input(const char *program, const std::string &path, std::size_t limit)
+{
+    return with_input(program, path, limit, [&](const std::string &name, int fd, std::size_t size_hint) {
+        return read_bounded(program, name, fd, limit, size_hint);
+    });
+}
+
+std::optional<std::size_t> read_input_in_blocks(const char *program, const std::string &path,
+                                                std::size_t limit, std::size_t block, const BlockTaker &take)
+{
+    return with_input(program, path, limit, [&](const std::string &name, int fd, std::size_t) {
+        return read_blocks(program, name, fd, limit, block, take);
+    });
 }
 
 std::optional<std::string> not_text(std::string_view bytes)

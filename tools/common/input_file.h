@@ -5,7 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -17,6 +19,14 @@ namespace wex_tools
 // directory, a device, a FIFO, more than limit bytes) prints
 // "PROGRAM: PATH: REASON" on standard error and gives nothing.
 std::optional<std::string> read_input(const char *program, const std::string &path, std::size_t limit);
+
+// The same input read through one reused block of block bytes, for a
+// caller that needs only a summary of it: take sees each block in turn,
+// full but for the last. The number of bytes, or nothing, said why, as
+// read_input.
+using BlockTaker = std::function<void(std::span<const uint8_t>)>;
+std::optional<std::size_t> read_input_in_blocks(const char *program, const std::string &path,
+                                                std::size_t limit, std::size_t block, const BlockTaker &take);
 
 // Why the bytes are not a configuration text (a NUL or another control
 // byte, named with its line), or nothing when they are one.

@@ -91,6 +91,38 @@ int report_check(const std::string &path, const wexctl::ImageCheck &check, uint3
     return check.problems.empty() ? 0 : 1;
 }
 
+// The check needs a tenth of each record, so the image streams through one
+// small block and is never held whole.
+int par_check(const std::string &path, uint32_t start)
+{
+    constexpr std::size_t kBlockBytes = 128 * WEX_NODE_SIZE;
+    wexctl::TreeShape shape;
+    const std::optional<std::size_t> size = wex_tools::read_input_in_blocks(
+        kProgram, path, kMaxImageBytes, kBlockBytes, [&](std::span<const uint8_t> block) {
+            for (std::size_t at = 0; at + WEX_NODE_SIZE <= block.size(); at += WEX_NODE_SIZE)
+                shape.add(&block[at]);
+        });
+    if (!size)
+        return 2;
+    return report_check(path, wexctl::check_image(shape, *size, start), start, false);
+}
+
+int par_dump(const std::string &path, uint32_t start)
+{
+    std::optional<std::string> bytes = wex_tools::read_input(kProgram, path, kMaxImageBytes);
+    if (!bytes)
+        return 2;
+    const std::span<uint8_t> image(reinterpret_cast<uint8_t *>(bytes->data()), bytes->size());
+    wexctl::ImageCheck check = wexctl::check_image(wexctl::shape_of(image), image.size(), start);
+    if (check.walkable)
+        wexctl::convert_for_walks(image, start, check);
+    const int status = report_check(path, check, start, true);
+    // The dump walks only the non-link tree, so link problems do not stop it.
+    if (check.walkable)
+        display_array_tree(image.data(), start, 0);
+    return status;
+}
+
 int par_command(const std::string &action, const Args &args)
 {
     if (wants_help(args)) {
@@ -102,17 +134,7 @@ int par_command(const std::string &action, const Args &args)
     if (!par_arguments(args, path, start))
         return usage_error("par " + action + " needs FILE [--node N], N below " +
                            std::to_string(wexctl::kMaxImageNodes));
-    std::optional<std::string> bytes = wex_tools::read_input(kProgram, path, kMaxImageBytes);
-    if (!bytes)
-        return 2;
-    const std::span<uint8_t> image(reinterpret_cast<uint8_t *>(bytes->data()), bytes->size());
-    const wexctl::ImageCheck check = wexctl::check_image(image, start);
-    const bool dump = action == "dump";
-    const int status = report_check(path, check, start, dump);
-    // The dump walks only the non-link tree, so link problems do not stop it.
-    if (dump && check.walkable)
-        display_array_tree(image.data(), start, 0);
-    return status;
+    return action == "check" ? par_check(path, start) : par_dump(path, start);
 }
 
 // A configuration text: its bytes, or nothing when it is none (said why).

@@ -15,6 +15,37 @@ namespace wexctl
 // The largest image: child indexes are 16 bits wide.
 inline constexpr std::size_t kMaxImageNodes = 0x10000;
 
+// What a check needs of each node record, read from network order: its
+// counts and its children with their link bits. A tenth of the record, so
+// an image can be checked as it streams past.
+class TreeShape
+{
+  public:
+    // Adds the next node from its whole record.
+    void add(const uint8_t *record);
+
+    uint32_t size() const { return static_cast<uint32_t>(nodes_.size()); }
+    uint16_t param_count(uint32_t node) const { return nodes_[node].param_count; }
+    uint16_t child_count(uint32_t node) const { return nodes_[node].child_count; }
+    // The children the record holds: child_count of them, at most the
+    // record's room.
+    std::span<const uint16_t> children(uint32_t node) const;
+    bool is_link(uint32_t node, std::size_t child) const { return links_[nodes_[node].first + child]; }
+
+  private:
+    struct Node {
+        uint16_t param_count;
+        uint16_t child_count;
+        uint32_t first; // of its children, in children_ and links_
+    };
+    std::vector<Node> nodes_;
+    std::vector<uint16_t> children_;
+    std::vector<bool> links_;
+};
+
+// The shape of a whole image in memory; a partial record at its end is left out.
+TreeShape shape_of(std::span<const uint8_t> image);
+
 struct ImageCheck {
     std::vector<std::string> problems; // one line each, naming the node
     bool walkable = false;             // the whole image converts to host order safely
@@ -22,13 +53,16 @@ struct ImageCheck {
     std::vector<uint32_t> roots; // the nodes without a non-link parent
 };
 
-// Checks the image from the start node: whole nodes, counts, child
-// indexes, one non-link parent per node, the depth of every non-link tree,
-// and loops and depth following links (then the library's cycle_check on
-// the image in host order).
-// Checks the image from node start. When the whole image is walkable, it is
-// left converted to host order, ready for the library's walks.
-ImageCheck check_image(std::span<uint8_t> image, uint32_t start);
+// Checks an image of image_bytes bytes, whose whole records make shape,
+// from node start: whole nodes, counts, child indexes, one non-link parent
+// per node, the depth of every non-link tree, and loops and depth
+// following links.
+ImageCheck check_image(const TreeShape &shape, std::size_t image_bytes, uint32_t start);
+
+// Converts every tree of an image found walkable to host order, ready for
+// the library's walks, and, when the check found nothing, has the library's
+// cycle_check confirm it from start.
+void convert_for_walks(std::span<uint8_t> image, uint32_t start, ImageCheck &check);
 
 } // namespace wexctl
 
