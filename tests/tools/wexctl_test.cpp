@@ -1,5 +1,7 @@
 // wexctl on crafted .par images, on configuration files, and against
 // wexd-sim: what it reports and how it exits, never a crash.
+#include "input_file.h"
+#include "support/child_process.h"
 #include "tools/sim_process.h"
 
 #include <gtest/gtest.h>
@@ -209,6 +211,11 @@ TEST(Wexctl, ParDumpPrintsTheTreeAndDiffComparesConfigurations)
     EXPECT_NE(run.out.find("    +  no shutdown"), std::string::npos) << run.out;
     EXPECT_EQ(wexctl({"diff", old_cfg, old_cfg}).status, 0);
     EXPECT_EQ(wexctl({"diff", old_cfg}).status, 2);
+    // A text that fills its pages exactly still ends where the file ends.
+    const std::string paged = std::string(WEX_TEST_SANDBOX) + "/paged.cfg";
+    std::ofstream(paged) << std::string(static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) - 1, 'a') << "\n";
+    run = wexctl({"diff", paged, paged});
+    EXPECT_EQ(run.status, 0) << run.err;
 
     for (const std::vector<std::string> &help :
          {std::vector<std::string>{"--help"}, {"par", "check", "--help"}, {"lock", "--help"}}) {
@@ -219,6 +226,23 @@ TEST(Wexctl, ParDumpPrintsTheTreeAndDiffComparesConfigurations)
     run = wexctl({"frobnicate"});
     EXPECT_EQ(run.status, 2);
     EXPECT_NE(run.err.find("unknown command 'frobnicate'"), std::string::npos);
+}
+
+TEST(Wexctl, AFileShortenedWhileItIsComparedEndsTheToolWithOneLine)
+{
+    const std::string path = std::string(WEX_TEST_SANDBOX) + "/shrinking.cfg";
+    const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    std::ofstream(path) << std::string(3 * page, 'a') << "\n";
+    const wex_test::ChildResult child = wex_test::run_in_child([&] {
+        const std::optional<wex_tools::InputText> text = wex_tools::read_text_input("wexctl", path, 1 << 20);
+        if (!text || truncate(path.c_str(), 0) != 0)
+            return;
+        std::printf("%c", text->view()[2 * page]); // now past the end of the file
+    });
+    EXPECT_TRUE(child.exited) << child.signal;
+    EXPECT_EQ(child.exit_status, 2);
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.err, "wexctl: " + path + ": changed size while it was read\n");
 }
 
 TEST(Wexctl, DaemonCommandsAgainstTheSimulator)

@@ -1,4 +1,5 @@
 #include "input_file.h"
+#include "mapping_guard.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -7,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -175,6 +177,25 @@ auto with_input(const char *program, const std::string &path, std::size_t limit,
     return read(path, file.get(), static_cast<std::size_t>(status.st_size));
 }
 
+// Maps the size bytes of the open file read-only, with a page of zeros
+// after them whatever the size: the NUL that ends the text. Nothing when
+// the file cannot be mapped; the caller reads it instead.
+std::optional<InputText> map_text(const std::string &program, const std::string &name, int fd,
+                                  std::size_t size)
+{
+    const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t mapped = (size / page + 1) * page;
+    void *region = mmap(nullptr, mapped, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (region == MAP_FAILED)
+        return std::nullopt;
+    if (mmap(region, size, PROT_READ, MAP_PRIVATE | MAP_FIXED | MAP_POPULATE, fd, 0) == MAP_FAILED ||
+        !guard_mapping(region, mapped, program + ": " + name + ": changed size while it was read\n")) {
+        munmap(region, mapped);
+        return std::nullopt;
+    }
+    return InputText(region, mapped, size);
+}
+
 } // namespace
 
 std::optional<std::string> read_input(const char *program, const std::string &path, std::size_t limit)
@@ -190,6 +211,39 @@ std::optional<std::size_t> read_input_in_blocks(const char *program, const std::
     return with_input(program, path, limit, [&](const std::string &name, int fd, std::size_t) {
         return read_blocks(program, name, fd, limit, block, take);
     });
+}
+
+std::optional<InputText> read_text_input(const char *program, const std::string &path, std::size_t limit)
+{
+    return with_input(program, path, limit,
+                      [&](const std::string &name, int fd, std::size_t size) -> std::optional<InputText> {
+                          if (size > 0 && fd != STDIN_FILENO)
+                              if (std::optional<InputText> mapped = map_text(program, name, fd, size))
+                                  return mapped;
+                          std::optional<std::string> bytes = read_bounded(program, name, fd, limit, size);
+                          if (!bytes)
+                              return std::nullopt;
+                          return InputText(std::move(*bytes));
+                      });
+}
+
+InputText::InputText(void *mapping, std::size_t mapped, std::size_t size)
+    : mapping_(mapping), mapped_(mapped), view_(static_cast<const char *>(mapping), size)
+{
+}
+
+InputText::InputText(InputText &&other) noexcept
+    : bytes_(std::move(other.bytes_)), mapping_(std::exchange(other.mapping_, nullptr)),
+      mapped_(other.mapped_), view_(mapping_ ? other.view_ : std::string_view(bytes_))
+{
+}
+
+InputText::~InputText()
+{
+    if (!mapping_)
+        return;
+    unguard_mapping(mapping_);
+    munmap(mapping_, mapped_);
 }
 
 std::optional<std::string> not_text(std::string_view bytes)

@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace wex_tools
 {
@@ -27,6 +28,33 @@ std::optional<std::string> read_input(const char *program, const std::string &pa
 using BlockTaker = std::function<void(std::span<const uint8_t>)>;
 std::optional<std::size_t> read_input_in_blocks(const char *program, const std::string &path,
                                                 std::size_t limit, std::size_t block, const BlockTaker &take);
+
+// A configuration text as a tool compares it, followed by a NUL so that the
+// library takes it as a C string. A regular file's own pages are mapped
+// read-only, so a text of tens of megabytes is neither zeroed nor copied;
+// standard input is read.
+class InputText
+{
+  public:
+    explicit InputText(std::string bytes) : bytes_(std::move(bytes)), view_(bytes_) {}
+    InputText(void *mapping, std::size_t mapped, std::size_t size);
+    InputText(InputText &&other) noexcept;
+    InputText &operator=(InputText &&) = delete;
+    ~InputText();
+
+    std::string_view view() const { return view_; }
+    const char *c_str() const { return view_.data(); }
+
+  private:
+    std::string bytes_;
+    void *mapping_ = nullptr;
+    std::size_t mapped_ = 0;
+    std::string_view view_;
+};
+
+// The text at path, or on standard input for "-", refused as read_input
+// refuses.
+std::optional<InputText> read_text_input(const char *program, const std::string &path, std::size_t limit);
 
 // Why the bytes are not a configuration text (a NUL or another control
 // byte, named with its line), or nothing when they are one.

@@ -138,16 +138,16 @@ int par_command(const std::string &action, const Args &args)
 }
 
 // A configuration text: its bytes, or nothing when it is none (said why).
-std::optional<std::string> read_text(const std::string &path)
+std::optional<wex_tools::InputText> read_text(const std::string &path)
 {
-    std::optional<std::string> text = wex_tools::read_input(kProgram, path, kMaxTextBytes);
+    std::optional<wex_tools::InputText> text = wex_tools::read_text_input(kProgram, path, kMaxTextBytes);
     if (!text)
         return std::nullopt;
-    if (const std::optional<std::string> why = wex_tools::not_text(*text)) {
+    if (const std::optional<std::string> why = wex_tools::not_text(text->view())) {
         std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), why->c_str());
         return std::nullopt;
     }
-    if (!text->empty() && text->back() != '\n')
+    if (!text->view().empty() && text->view().back() != '\n')
         std::fprintf(stderr, "wexctl: %s: warning: the last line has no line end and takes no part\n",
                      path.c_str());
     return text;
@@ -161,8 +161,8 @@ int diff_command(const Args &args)
     }
     if (args.size() != 2)
         return usage_error("diff needs OLD and NEW");
-    const std::optional<std::string> old_text = read_text(args[0]);
-    const std::optional<std::string> new_text = read_text(args[1]);
+    const std::optional<wex_tools::InputText> old_text = read_text(args[0]);
+    const std::optional<wex_tools::InputText> new_text = read_text(args[1]);
     if (!old_text || !new_text)
         return 2;
     // The comparison prints nothing exactly when the two are the same; only
