@@ -54,6 +54,8 @@ TEST(Messages, LogFileTimeAndLowerCase)
     std::filesystem::remove(log);
     EXPECT_EQ(wex_log_mesg_to_file(log.c_str(), "first"), 0);
     EXPECT_EQ(wex_log_mesg_to_file(log.c_str(), " second\n"), 0);
+    EXPECT_EQ(wex_log_mesg_to_file(log.c_str(), nullptr), 0); // nothing to write, nothing written
+    EXPECT_EQ(wex_log_mesg_to_file(nullptr, "lost"), 0);
     EXPECT_EQ(file_content(log), "first second\n");
     EXPECT_EQ(wex_log_file_clear(log.c_str()), 0);
     EXPECT_EQ(file_content(log), "<absent>");
