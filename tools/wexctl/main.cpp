@@ -97,11 +97,9 @@ int par_check(const std::string &path, uint32_t start)
 {
     constexpr std::size_t kBlockBytes = 128 * WEX_NODE_SIZE;
     wexctl::TreeShape shape;
-    const std::optional<std::size_t> size = wex_tools::read_input_in_blocks(
-        kProgram, path, kMaxImageBytes, kBlockBytes, [&](std::span<const uint8_t> block) {
-            for (std::size_t at = 0; at + WEX_NODE_SIZE <= block.size(); at += WEX_NODE_SIZE)
-                shape.add(&block[at]);
-        });
+    const std::optional<std::size_t> size =
+        wex_tools::read_input_in_blocks(kProgram, path, kMaxImageBytes, kBlockBytes,
+                                        [&](std::span<const uint8_t> block) { shape.add_records(block); });
     if (!size)
         return 2;
     return report_check(path, wexctl::check_image(shape, *size, start), start, false);

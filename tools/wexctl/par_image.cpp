@@ -172,11 +172,16 @@ std::span<const uint16_t> TreeShape::children(uint32_t node) const
     return {children_.data() + nodes_[node].first, end - nodes_[node].first};
 }
 
+void TreeShape::add_records(std::span<const uint8_t> bytes)
+{
+    for (std::size_t at = 0; at + WEX_NODE_SIZE <= bytes.size(); at += WEX_NODE_SIZE)
+        add(&bytes[at]);
+}
+
 TreeShape shape_of(std::span<const uint8_t> image)
 {
     TreeShape shape;
-    for (std::size_t at = 0; at + WEX_NODE_SIZE <= image.size(); at += WEX_NODE_SIZE)
-        shape.add(&image[at]);
+    shape.add_records(image);
     return shape;
 }
 

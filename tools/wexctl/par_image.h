@@ -21,8 +21,9 @@ inline constexpr std::size_t kMaxImageNodes = 0x10000;
 class TreeShape
 {
   public:
-    // Adds the next node from its whole record.
-    void add(const uint8_t *record);
+    // Adds a node for each whole record in bytes; a partial record at the
+    // end is left out.
+    void add_records(std::span<const uint8_t> bytes);
 
     uint32_t size() const { return static_cast<uint32_t>(nodes_.size()); }
     uint16_t param_count(uint32_t node) const { return nodes_[node].param_count; }
@@ -33,6 +34,9 @@ class TreeShape
     bool is_link(uint32_t node, std::size_t child) const { return links_[nodes_[node].first + child]; }
 
   private:
+    // Adds the next node from its whole record.
+    void add(const uint8_t *record);
+
     struct Node {
         uint16_t param_count;
         uint16_t child_count;
