@@ -180,8 +180,7 @@ auto with_input(const char *program, const std::string &path, std::size_t limit,
 // Maps the size bytes of the open file read-only, with a page of zeros
 // after them whatever the size: the NUL that ends the text. Nothing when
 // the file cannot be mapped; the caller reads it instead.
-std::optional<InputText> map_text(const std::string &program, const std::string &name, int fd,
-                                  std::size_t size)
+std::optional<InputText> map_text(const char *program, const std::string &name, int fd, std::size_t size)
 {
     const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     const std::size_t mapped = (size / page + 1) * page;
@@ -189,7 +188,8 @@ std::optional<InputText> map_text(const std::string &program, const std::string 
     if (region == MAP_FAILED)
         return std::nullopt;
     if (mmap(region, size, PROT_READ, MAP_PRIVATE | MAP_FIXED | MAP_POPULATE, fd, 0) == MAP_FAILED ||
-        !guard_mapping(region, mapped, program + ": " + name + ": changed size while it was read\n")) {
+        !guard_mapping(region, mapped,
+                       std::string(program) + ": " + name + ": changed size while it was read\n")) {
         munmap(region, mapped);
         return std::nullopt;
     }
@@ -217,7 +217,8 @@ std::optional<InputText> read_text_input(const char *program, const std::string 
 {
     return with_input(program, path, limit,
                       [&](const std::string &name, int fd, std::size_t size) -> std::optional<InputText> {
-                          if (size > 0 && fd != STDIN_FILENO)
+                          // Standard input comes with no size and is read.
+                          if (size > 0)
                               if (std::optional<InputText> mapped = map_text(program, name, fd, size))
                                   return mapped;
                           std::optional<std::string> bytes = read_bounded(program, name, fd, limit, size);
