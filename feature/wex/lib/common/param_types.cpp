@@ -19,6 +19,24 @@ template <typename T> const T *value_of(const param_arg *arg) noexcept
 
 void print_nothing(const param_arg *) noexcept {}
 
+// The value through the printer of its type, which takes it by address.
+template <typename T, auto Print> void print_pointed(const param_arg *arg) noexcept
+{
+    Print(value_of<T>(arg));
+}
+
+// The number through the printer of its type, which takes it by value.
+template <typename T, auto Print> void print_number(const param_arg *arg) noexcept
+{
+    Print(*value_of<T>(arg));
+}
+
+// The first Count bytes of the value in hex.
+template <int Count> void print_bytes(const param_arg *arg) noexcept
+{
+    print_hex(arg->value, Count);
+}
+
 void print_text(const param_arg *arg) noexcept
 {
     std::fputs(value_of<char>(arg), stdout);
@@ -49,72 +67,59 @@ void print_either_address(const param_arg *arg) noexcept
     }
 }
 
-void print_interface_mask(uint64_t mask) noexcept
+// An interface or range through its printer, then the mask of interface
+// types the parameter takes.
+template <typename T, auto Print> void print_interface_value(const param_arg *arg) noexcept
 {
+    Print(value_of<T>(arg));
     std::fputs("Interface mask: ", stdout);
-    print_u_long_long(mask);
+    print_u_long_long(arg->intf_mask);
 }
 
 constexpr ParamType kParamTypes[] = {
     {TYPE_NONE, "TYPE_NONE", DescriptorShows::none, "None :", print_nothing},
     {TYPE_STRING, "TYPE_STRING", DescriptorShows::name_and_min, "String : ", print_text},
     {TYPE_LINE, "TYPE_LINE", DescriptorShows::name, "Line : ", print_text},
-    {TYPE_URI, "TYPE_URI", DescriptorShows::uri_mask,
-     "URI: ", [](const param_arg *arg) noexcept { wex_uri_info_print(value_of<uri_info>(arg)); }},
+    {TYPE_URI, "TYPE_URI", DescriptorShows::uri_mask, "URI: ", print_pointed<uri_info, wex_uri_info_print>},
     {TYPE_DNS_NAME, "TYPE_DNS_NAME", DescriptorShows::name,
-     "DNS name: ", [](const param_arg *arg) noexcept { print_dns_name(value_of<char>(arg)); }},
+     "DNS name: ", print_pointed<char, print_dns_name>},
     {TYPE_USERATHOST, "TYPE_USERATHOST", DescriptorShows::name,
-     "user@host: ", [](const param_arg *arg) noexcept { print_user_at_host(value_of<char>(arg)); }},
+     "user@host: ", print_pointed<char, print_user_at_host>},
     {TYPE_LEN_VALUE, "TYPE_LEN_VALUE", DescriptorShows::none, "", print_len_value},
-    {TYPE_IP, "TYPE_IP", DescriptorShows::name,
-     "IP : ", [](const param_arg *arg) noexcept { print_ip(value_of<uint32_t>(arg)); }},
+    {TYPE_IP, "TYPE_IP", DescriptorShows::name, "IP : ", print_pointed<uint32_t, print_ip>},
     {TYPE_IPV4, "TYPE_IPV4", DescriptorShows::name,
-     "IPv4 address: ", [](const param_arg *arg) noexcept { print_ipv4(value_of<wex_inet_addr_t>(arg)); }},
+     "IPv4 address: ", print_pointed<wex_inet_addr_t, print_ipv4>},
     {TYPE_IPV6, "TYPE_IPV6", DescriptorShows::name,
-     "IPv6 address: ", [](const param_arg *arg) noexcept { print_ipv6(value_of<wex_inet_addr_t>(arg)); }},
+     "IPv6 address: ", print_pointed<wex_inet_addr_t, print_ipv6>},
     {TYPE_IPV4_OR_IPV6, "TYPE_IPV4_OR_IPV6", DescriptorShows::none, "IPv4 OR v6", print_either_address},
     {TYPE_INET_NAME, "TYPE_INET_NAME", DescriptorShows::name,
-     "INET name: ", [](const param_arg *arg) noexcept { print_inet_name(value_of<char>(arg)); }},
-    {TYPE_INT, "TYPE_INT", DescriptorShows::decimal_range,
-     "Integer :", [](const param_arg *arg) noexcept { print_integer(*value_of<int32_t>(arg)); }},
-    {TYPE_INT_RANGE, "TYPE_INT_RANGE", DescriptorShows::decimal_range, "Integer Range :",
-     [](const param_arg *arg) noexcept { print_integer_range(value_of<integer_range>(arg)); }},
-    {TYPE_HEX, "TYPE_HEX", DescriptorShows::hex_range,
-     "Hex :", [](const param_arg *arg) noexcept { print_intx(*value_of<uint32_t>(arg)); }},
-    {TYPE_INT_MULTI_RANGE, "TYPE_INT_MULTI_RANGE", DescriptorShows::decimal_range, "Int Multi Range: ",
-     [](const param_arg *arg) noexcept { print_integer_multi_range(value_of<integer_multi_range>(arg)); }},
+     "INET name: ", print_pointed<char, print_inet_name>},
+    {TYPE_INT, "TYPE_INT", DescriptorShows::decimal_range, "Integer :", print_number<int32_t, print_integer>},
+    {TYPE_INT_RANGE, "TYPE_INT_RANGE", DescriptorShows::decimal_range,
+     "Integer Range :", print_pointed<integer_range, print_integer_range>},
+    {TYPE_HEX, "TYPE_HEX", DescriptorShows::hex_range, "Hex :", print_number<uint32_t, print_intx>},
+    {TYPE_INT_MULTI_RANGE, "TYPE_INT_MULTI_RANGE", DescriptorShows::decimal_range,
+     "Int Multi Range: ", print_pointed<integer_multi_range, print_integer_multi_range>},
     {TYPE_HEX_RANGE, "TYPE_HEX_RANGE", DescriptorShows::hex_range,
-     "Hex Range:", [](const param_arg *arg) noexcept { print_hex_range(value_of<integer_range>(arg)); }},
-    {TYPE_HEX_MULTI_RANGE, "TYPE_HEX_MULTI_RANGE", DescriptorShows::hex_range, "Hex Range:",
-     [](const param_arg *arg) noexcept { print_hex_multi_range(value_of<hex_multi_range>(arg)); }},
-    {TYPE_INTERFACE, "TYPE_INTERFACE", DescriptorShows::interface_mask, "Ifindex: ",
-     [](const param_arg *arg) noexcept {
-         print_interface(value_of<uint32_t>(arg));
-         print_interface_mask(arg->intf_mask);
-     }},
-    {TYPE_INTERFACE_RANGE, "TYPE_INTERFACE_RANGE", DescriptorShows::interface_mask, "Ifindex Range : ",
-     [](const param_arg *arg) noexcept {
-         print_interface_range(value_of<intf_range_list>(arg));
-         print_interface_mask(arg->intf_mask);
-     }},
-    {TYPE_MAC, "TYPE_MAC", DescriptorShows::name,
-     "MAC : ", [](const param_arg *arg) noexcept { print_hex(arg->value, 6); }},
-    {TYPE_WWN, "TYPE_WWN", DescriptorShows::name,
-     "WWN : ", [](const param_arg *arg) noexcept { print_hex(arg->value, 8); }},
-    {TYPE_LUN, "TYPE_LUN", DescriptorShows::name,
-     "Lun : ", [](const param_arg *arg) noexcept { print_hex(arg->value, 8); }},
-    {TYPE_VSAN, "TYPE_VSAN", DescriptorShows::name,
-     "Vsan:", [](const param_arg *arg) noexcept { print_integer(*value_of<int32_t>(arg)); }},
-    {TYPE_VSAN_RANGE, "TYPE_VSAN_RANGE", DescriptorShows::name, "Vsan Range: ",
-     [](const param_arg *arg) noexcept { print_integer_range(value_of<integer_range>(arg)); }},
-    {TYPE_VSAN_MULTI_RANGE, "TYPE_VSAN_MULTI_RANGE", DescriptorShows::decimal_range, "Vsan Multi Range: ",
-     [](const param_arg *arg) noexcept { print_integer_multi_range(value_of<integer_multi_range>(arg)); }},
-    {TYPE_GUID, "TYPE_GUID", DescriptorShows::name,
-     "GUID: ", [](const param_arg *arg) noexcept { print_guid(value_of<guid>(arg)); }},
-    {TYPE_FC_ID, "TYPE_FC_ID", DescriptorShows::name,
-     "Fcid : ", [](const param_arg *arg) noexcept { print_hex(arg->value, 4); }},
+     "Hex Range:", print_pointed<integer_range, print_hex_range>},
+    {TYPE_HEX_MULTI_RANGE, "TYPE_HEX_MULTI_RANGE", DescriptorShows::hex_range,
+     "Hex Range:", print_pointed<hex_multi_range, print_hex_multi_range>},
+    {TYPE_INTERFACE, "TYPE_INTERFACE", DescriptorShows::interface_mask,
+     "Ifindex: ", print_interface_value<uint32_t, print_interface>},
+    {TYPE_INTERFACE_RANGE, "TYPE_INTERFACE_RANGE", DescriptorShows::interface_mask,
+     "Ifindex Range : ", print_interface_value<intf_range_list, print_interface_range>},
+    {TYPE_MAC, "TYPE_MAC", DescriptorShows::name, "MAC : ", print_bytes<6>},
+    {TYPE_WWN, "TYPE_WWN", DescriptorShows::name, "WWN : ", print_bytes<8>},
+    {TYPE_LUN, "TYPE_LUN", DescriptorShows::name, "Lun : ", print_bytes<8>},
+    {TYPE_VSAN, "TYPE_VSAN", DescriptorShows::name, "Vsan:", print_number<int32_t, print_integer>},
+    {TYPE_VSAN_RANGE, "TYPE_VSAN_RANGE", DescriptorShows::name,
+     "Vsan Range: ", print_pointed<integer_range, print_integer_range>},
+    {TYPE_VSAN_MULTI_RANGE, "TYPE_VSAN_MULTI_RANGE", DescriptorShows::decimal_range,
+     "Vsan Multi Range: ", print_pointed<integer_multi_range, print_integer_multi_range>},
+    {TYPE_GUID, "TYPE_GUID", DescriptorShows::name, "GUID: ", print_pointed<guid, print_guid>},
+    {TYPE_FC_ID, "TYPE_FC_ID", DescriptorShows::name, "Fcid : ", print_bytes<4>},
     {TYPE_COMMUNITY, "TYPE_COMMUNITY", DescriptorShows::none,
-     "Community: ", [](const param_arg *arg) noexcept { print_community(value_of<community>(arg)); }},
+     "Community: ", print_pointed<community, print_community>},
 };
 
 } // namespace
