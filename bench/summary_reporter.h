@@ -46,10 +46,11 @@ class SummaryReporter : public benchmark::ConsoleReporter
 
 // One row of the project's summary table (scripts/bench gathers the rows of
 // every program): the work, its figure and its floor from the same run, and
-// whether the target is met.
+// whether the target is met. A figure the run did not produce never meets it.
 inline void summary_row(const char *work, double figure, double floor, const char *unit, const char *target,
                         bool met)
 {
+    met = met && figure > 0 && floor > 0;
     std::printf("| %s | %.1f %s | %.1f %s | %.2f | %s | %s |\n", work, figure, unit, floor, unit,
                 floor > 0 ? figure / floor : 0.0, target, met ? "met" : "NOT MET");
 }

@@ -79,6 +79,12 @@ TEST(LineDiff, LargeTextsInAnotherOrderAreTheSame)
     std::reverse(parts.begin(), parts.end());
     std::string second = "interface fc9/1\n  zone 3\n" + join(parts);
     EXPECT_EQ(wex_is_diff_same(first.c_str(), second.c_str()), 1);
+    // Lines this many are held in memory taken whole from the system, which
+    // can run out as the heap does: each text's lines, then the pairing table.
+    int32_t same = -1;
+    EXPECT_EQ(for_each_allocation_failure([&] { same = wex_is_diff_same(first.c_str(), second.c_str()); },
+                                          [&] { EXPECT_EQ(same, 0); }),
+              3);
 
     second.insert(second.find("  zone 3\n") + 9, "    member 9\n");
     second += "interface fc1/7\n";

@@ -9,8 +9,6 @@
 namespace wex
 {
 
-namespace
-{
 bool allocation_refused() noexcept
 {
 #ifdef WEX_TEST_HOOKS
@@ -19,7 +17,6 @@ bool allocation_refused() noexcept
     return false;
 #endif
 }
-} // namespace
 
 void *mem_alloc(std::size_t size) noexcept
 {

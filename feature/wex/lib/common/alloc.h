@@ -10,6 +10,10 @@
 namespace wex
 {
 
+// True when the test build's hook refuses this allocation; always false in
+// the shipped library.
+bool allocation_refused() noexcept;
+
 // malloc, or NULL when memory runs out (or the test hook says so).
 void *mem_alloc(std::size_t size) noexcept;
 

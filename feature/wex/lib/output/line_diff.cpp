@@ -5,6 +5,8 @@
 // of the two texts however many siblings a line has.
 #include <wex/output.h>
 
+#include "common/bulk_memory.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -29,9 +31,12 @@ struct Line {
     uint32_t next_same_text = kNone; // next sibling with equal text, while matching
 };
 
+// A million-line text has forty megabytes of them.
+using Lines = std::vector<Line, wex::BulkAllocator<Line>>;
+
 // The lines of one text, each list of siblings in text order.
 struct LineTree {
-    std::vector<Line> lines;
+    Lines lines;
     uint32_t first_top = kNone;
 };
 
@@ -123,7 +128,7 @@ LineTree parse(const char *text) noexcept
     return tree;
 }
 
-std::size_t sibling_count(const std::vector<Line> &lines, uint32_t first) noexcept
+std::size_t sibling_count(const Lines &lines, uint32_t first) noexcept
 {
     std::size_t count = 0;
     for (uint32_t i = first; i != kNone; i = lines[i].next)
@@ -213,8 +218,8 @@ class Matcher
         }
     }
 
-    std::vector<Line> &a_;
-    std::vector<Line> &b_;
+    Lines &a_;
+    Lines &b_;
     std::vector<Group> groups_;
 };
 
@@ -255,7 +260,7 @@ class Comparison
         out.append("    ").append(1, mark).append(text).append(1, '\n');
     }
 
-    static void print_subtree(std::string &out, const std::vector<Line> &lines, uint32_t i, char mark)
+    static void print_subtree(std::string &out, const Lines &lines, uint32_t i, char mark)
     {
         print(out, mark, lines[i].text);
         for (uint32_t c = lines[i].first_child; c != kNone; c = lines[c].next)
