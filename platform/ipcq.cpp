@@ -1,6 +1,7 @@
 // The transport's queues: each a listening socket, the links its senders
 // keep to it, and the links it keeps to the queues it sends to.
 #include "ipcq.h"
+#include "ipcq_frame_reader.h"
 #include "ipcq_link.h"
 #include "ipcq_wire.h"
 
@@ -20,6 +21,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+using ipcq_frame_reader::FrameReader;
 using ipcq_link::Link;
 using ipcq_link::Message;
 using ipcq_wire::Deadline;
@@ -32,15 +34,11 @@ namespace
 // A request whose reply has not been received; a sender that never asks for
 // its replies cannot make its queue remember more than this.
 constexpr std::size_t kMaxPendingReplies = 64;
-// How long a receiver waits for a new sender's first message, and for the
-// rest of a message once it has begun; a stalled sender is dropped after
-// it, and never holds up the others meanwhile.
-constexpr std::chrono::seconds kFrameTimeout{5};
 // Senders a queue keeps links with; past this, an idle one (its sender
-// reconnects when it next sends) or else the oldest gives way.
+// reconnects when it next sends) or else the oldest gives way. A stalled
+// sender is dropped once its frame's time is out, and never holds up the
+// others meanwhile.
 constexpr std::size_t kMaxSenders = 256;
-// A payload is given memory as its bytes arrive, at least this much at once.
-constexpr std::size_t kPayloadChunk = 64 * 1024;
 
 class Fd
 {
@@ -64,26 +62,21 @@ class Fd
     int fd_;
 };
 
-struct FreeBytes {
-    void operator()(std::byte *bytes) const { std::free(bytes); }
-};
-
-// A sender linked to a queue, and its message as far as it has arrived. The
-// payload grows only as bytes come, so a header that declares a huge length
-// costs nothing until the bytes are really sent.
+// A sender linked to a queue; its message comes in through the link.
 struct Sender {
     std::shared_ptr<Link> link;
     bool has_sent = false; // a whole message came: the link is kept while idle
-    Deadline deadline{kFrameTimeout};
-    FrameHeader header{};
-    std::size_t header_got = 0;
-    std::unique_ptr<std::byte, FreeBytes> payload;
-    std::size_t payload_got = 0;
-    std::size_t payload_room = 0;
+    // A new sender's first message is on the clock from the start.
+    ipcq_wire::Deadline first_deadline{ipcq_frame_reader::kFrameTimeout};
 
-    bool complete() const { return header_got == sizeof header && payload_got == header.length; }
+    FrameReader &incoming() const { return link->incoming(); }
+    bool complete() const { return incoming().complete(); }
     // An idle sender is kept without a deadline; any other is on the clock.
-    bool idle() const { return has_sent && header_got == 0; }
+    bool idle() const { return has_sent && !incoming().started(); }
+    const ipcq_wire::Deadline &deadline() const
+    {
+        return incoming().started() ? incoming().deadline() : first_deadline;
+    }
 };
 
 using Destination = std::pair<uint32_t, uint32_t>;
@@ -231,61 +224,25 @@ int receive_reply(Queue &queue, ipcq_msg_handle_t *msg, uint32_t token, const De
     return 0;
 }
 
-bool acceptable_request(const FrameHeader &header)
+bool is_request(const FrameHeader &header)
 {
-    const bool kind_served = header.kind == static_cast<uint32_t>(Kind::one_way) ||
-                             header.kind == static_cast<uint32_t>(Kind::request);
-    return header.magic == ipcq_wire::kMagic && header.length <= IPCQ_MAX_PAYLOAD && kind_served;
+    return header.kind == static_cast<uint32_t>(Kind::one_way) ||
+           header.kind == static_cast<uint32_t>(Kind::request);
 }
 
-// Room for the next bytes of the payload, grown by at least a chunk and at
-// most to the declared length.
-void make_payload_room(Sender &in)
+// Whether what has come from the sender so far may be a request.
+bool acceptable(const Sender &in)
 {
-    if (in.payload_room > in.payload_got)
-        return;
-    const std::size_t room = std::min<std::size_t>(
-        in.header.length, std::max(in.payload_room * 2, in.payload_got + kPayloadChunk));
-    void *grown = std::realloc(in.payload.get(), room);
-    if (!grown)
-        throw std::bad_alloc();
-    in.payload.release();
-    in.payload.reset(static_cast<std::byte *>(grown));
-    in.payload_room = room;
+    const FrameHeader *header = in.incoming().header();
+    return !in.incoming().failed() && (!header || is_request(*header));
 }
 
 // Reads what has arrived from one sender. false when the sender is to be
 // dropped: it closed or failed, or sent something that is no request.
 bool read_arrived(Sender &in)
 {
-    while (!in.complete()) {
-        const bool in_header = in.header_got < sizeof in.header;
-        std::byte *into = nullptr;
-        std::size_t want = 0;
-        if (in_header) {
-            into = reinterpret_cast<std::byte *>(&in.header) + in.header_got;
-            want = sizeof in.header - in.header_got;
-        } else {
-            make_payload_room(in);
-            into = in.payload.get() + in.payload_got;
-            want = in.payload_room - in.payload_got;
-        }
-        const ssize_t got = recv(in.link->fd(), into, want, MSG_DONTWAIT);
-        if (got == 0)
-            return false;
-        if (got < 0)
-            return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
-        if (!in_header) {
-            in.payload_got += static_cast<std::size_t>(got);
-            continue;
-        }
-        if (in.header_got == 0)
-            in.deadline = Deadline(kFrameTimeout); // a message has begun
-        in.header_got += static_cast<std::size_t>(got);
-        if (in.header_got == sizeof in.header && !acceptable_request(in.header))
-            return false;
-    }
-    return true;
+    const FrameReader::Status status = in.incoming().read(in.link->fd());
+    return status != FrameReader::Status::closed && status != FrameReader::Status::failed && acceptable(in);
 }
 
 // The sender that gives way to a new one: the first idle one, or else the
@@ -314,15 +271,10 @@ void accept_waiting(Queue &queue)
 // is kept for its next messages.
 Message take_message(Sender &in)
 {
-    Message message = ipcq_link::new_message(in.header);
-    if (!message)
-        throw std::bad_alloc();
-    message->payload = in.payload.release();
-    if (in.header.kind == static_cast<uint32_t>(Kind::request))
+    Message message = in.incoming().take();
+    if (message->header.kind == static_cast<uint32_t>(Kind::request))
         message->reply_link = in.link;
     in.has_sent = true;
-    in.header = FrameHeader{};
-    in.header_got = in.payload_got = in.payload_room = 0;
     return message;
 }
 
@@ -337,7 +289,9 @@ bool take_complete(Queue &queue, ipcq_msg_handle_t *msg)
     replace_message(msg, take_message(*whole));
     Sender served = std::move(*whole);
     queue.senders.erase(whole);
-    queue.senders.push_back(std::move(served));
+    // Bytes that came with the message and begin no request end the link.
+    if (acceptable(served))
+        queue.senders.push_back(std::move(served));
     return true;
 }
 
@@ -349,7 +303,7 @@ void read_ready(Queue &queue, const std::vector<pollfd> &polled)
     for (std::size_t i = 1; i < polled.size(); ++i, ++at) {
         Sender &in = queue.senders[at];
         const bool ready = (polled[i].revents & (POLLIN | POLLHUP | POLLERR)) != 0;
-        const bool late = !in.idle() && !in.complete() && in.deadline.remaining_ms() == 0;
+        const bool late = !in.idle() && !in.complete() && in.deadline().remaining_ms() == 0;
         if ((ready && !read_arrived(in)) || late) {
             queue.senders.erase(queue.senders.begin() + static_cast<std::ptrdiff_t>(at));
             --at;
@@ -366,7 +320,7 @@ std::vector<pollfd> poll_set(const Queue &queue, const Deadline &deadline, int &
     for (const Sender &in : queue.senders) {
         polled.push_back({in.link->fd(), POLLIN, 0});
         if (!in.idle())
-            wait_ms = std::min(wait_ms, in.deadline.remaining_ms());
+            wait_ms = std::min(wait_ms, in.deadline().remaining_ms());
     }
     return polled;
 }

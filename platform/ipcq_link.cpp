@@ -1,6 +1,6 @@
 #include "ipcq_link.h"
 
-#include "ipcq.h"
+#include "ipcq_frame_reader.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -12,12 +12,10 @@ namespace ipcq_link
 namespace
 {
 
+using ipcq_frame_reader::FrameReader;
 using ipcq_wire::Deadline;
 using ipcq_wire::FrameHeader;
 using ipcq_wire::Kind;
-
-// How long the rest of a frame may take once its first bytes are readable.
-constexpr std::chrono::seconds kFrameTimeout{5};
 // How long a receiver gives a sender to take word that its request will not
 // be answered.
 constexpr std::chrono::seconds kUnansweredTimeout{1};
@@ -57,26 +55,7 @@ Message new_message(const FrameHeader &header)
     return message;
 }
 
-Message read_message(int fd, const Deadline &deadline)
-{
-    FrameHeader header{};
-    if (!ipcq_wire::read_exact(fd, &header, sizeof header, deadline))
-        return nullptr;
-    if (header.magic != ipcq_wire::kMagic || header.length > IPCQ_MAX_PAYLOAD) {
-        errno = EBADMSG;
-        return nullptr;
-    }
-    Message message = new_message(header);
-    if (message && header.length > 0)
-        message->payload = std::malloc(header.length);
-    if (!message || (header.length > 0 && !message->payload)) {
-        errno = ENOMEM;
-        return nullptr;
-    }
-    if (!ipcq_wire::read_exact(fd, message->payload, header.length, deadline))
-        return nullptr;
-    return message;
-}
+Link::Link(int fd) : fd_(fd), reader_(std::make_unique<FrameReader>()) {}
 
 Link::~Link()
 {
@@ -111,23 +90,36 @@ void Link::forget(uint32_t token)
 
 bool Link::read_next(const Deadline &deadline)
 {
-    const int ready = ipcq_wire::wait_readable(fd_, deadline, false);
-    if (ready <= 0) {
-        if (ready == 0)
-            errno = ETIME;
-        return false;
+    for (;;) {
+        // Bytes already read need no wait. A peer that stopped in the middle
+        // of a reply for longer than a frame may take is given up.
+        if (!reader_->has_read_ahead()) {
+            if (reader_->started() && reader_->deadline().remaining_ms() == 0) {
+                errno = ECONNRESET;
+                return false;
+            }
+            const int ready = ipcq_wire::wait_readable(fd_, deadline, false);
+            if (ready <= 0) {
+                if (ready == 0)
+                    errno = ETIME;
+                return false;
+            }
+        }
+        const FrameReader::Status status = reader_->read(fd_);
+        if (status == FrameReader::Status::partial)
+            continue;
+        if (status != FrameReader::Status::whole)
+            return false;
+        Message reply = reader_->take();
+        if (!is_reply(reply->header)) {
+            errno = EBADMSG;
+            return false;
+        }
+        const std::lock_guard lock(read_mutex_);
+        if (expected_.count(reply->header.token))
+            arrived_[reply->header.token] = std::move(reply);
+        return true;
     }
-    Message reply = read_message(fd_, Deadline(kFrameTimeout));
-    if (!reply)
-        return false;
-    if (!is_reply(reply->header)) {
-        errno = EBADMSG;
-        return false;
-    }
-    const std::lock_guard lock(read_mutex_);
-    if (expected_.count(reply->header.token))
-        arrived_[reply->header.token] = std::move(reply);
-    return true;
 }
 
 Message Link::await_reply(uint32_t token, const Deadline &deadline)

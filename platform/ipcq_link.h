@@ -17,6 +17,10 @@ namespace ipcq_link
 {
 class Link;
 }
+namespace ipcq_frame_reader
+{
+class FrameReader;
+}
 
 // A message: sent, received, or a reply. A received request keeps the
 // link of its sender until it is answered.
@@ -40,12 +44,15 @@ Message new_message(const ipcq_wire::FrameHeader &header);
 class Link
 {
   public:
-    explicit Link(int fd) : fd_(fd) {}
+    explicit Link(int fd);
     ~Link();
     Link(const Link &) = delete;
     Link &operator=(const Link &) = delete;
 
     int fd() const { return fd_; }
+    // The frames coming in on the link, for its one reader: the receiver
+    // of a queue for its senders' requests, await_reply for replies.
+    ipcq_frame_reader::FrameReader &incoming() { return *reader_; }
 
     // Writes one frame whole. On failure errno says why, and untouched
     // tells whether the peer may have seen any of it.
@@ -73,6 +80,7 @@ class Link
     bool read_next(const ipcq_wire::Deadline &deadline);
 
     int fd_;
+    std::unique_ptr<ipcq_frame_reader::FrameReader> reader_;
     std::mutex write_mutex_;
     std::mutex read_mutex_;
     std::condition_variable arrived_changed_;
@@ -81,10 +89,6 @@ class Link
     std::set<uint32_t> expected_;
     std::map<uint32_t, Message> arrived_;
 };
-
-// Reads one whole frame, its header checked and its payload in a new
-// message; nullptr with errno.
-Message read_message(int fd, const ipcq_wire::Deadline &deadline);
 
 } // namespace ipcq_link
 

@@ -3,6 +3,7 @@
 #include "bcp.h"
 #include "ipcq.h"
 #include "ipcq_serve.h"
+#include "support/raw_peer.h"
 
 #include <gtest/gtest.h>
 
@@ -216,6 +217,26 @@ TEST_F(TransportTest, WaitsEndWithTimeOrWithTheServicesEnd)
         EXPECT_EQ(errno, ECONNRESET);
     }
     EXPECT_EQ(service.wait_exit(), 0);
+}
+
+TEST_F(TransportTest, FramesSentTogetherAreServedInTurnUpToTheFirstBadOne)
+{
+    Service service(serve_routes);
+    const wex_test::RawPeer peer(dir_, kServiceQueue);
+    const uint32_t magic = 0x49504351, request = 2;
+    const auto reply = [](uint32_t token, const char *payload) {
+        const uint32_t header[8] = {0x49504351, 3, 905, kAddress, kServiceQueue, token, 4, 0};
+        return std::string(reinterpret_cast<const char *>(header), sizeof header) + payload;
+    };
+    // Words in host order: "one!" is 0x21656e6f on this little-endian machine.
+    peer.send_words({magic, request, 905, kAddress, 7, 1, 4, 0, 0x21656e6f,   // "one!"
+                     magic, request, 905, kAddress, 7, 2, 4, 0, 0x216f7774}); // "two!"
+    EXPECT_EQ(peer.receive(2 * 36), reply(1, "one!") + reply(2, "two!"));
+    peer.send_words({magic, request, 905, kAddress, 7, 3, 4, 0, 0x21656e6f, 0xDEADBEEF, 1, 2, 3, 4, 5, 6, 7});
+    EXPECT_EQ(peer.receive(36), reply(3, "one!"));
+    EXPECT_TRUE(peer.hung_up());
+    EXPECT_EQ(exchange(916, "still"), "1:alpha,beta:still");
+    EXPECT_EQ(service.wait_exit(SIGTERM), 0);
 }
 
 TEST_F(TransportTest, SendsToAbsentDeadOrBadQueuesFailAtOnce)

@@ -5,6 +5,7 @@
 #include <wex/wexd_client.h>
 
 #include "support/child_process.h"
+#include "support/raw_peer.h"
 #include "tools/sim_process.h"
 
 #include "bcp.h"
@@ -213,40 +214,7 @@ TEST_F(WexdSimTest, MalformedRequestsAreRefusedAndServingGoesOn)
     EXPECT_EQ(wex_test::run_tool(WEXD_SIM_PATH, {"--bogus"}, sim_.runtime_dir()).status, 2);
 }
 
-// A sender on a queue's socket that writes what it likes.
-class RawPeer
-{
-  public:
-    RawPeer(const std::string &dir, uint32_t queue)
-    {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::snprintf(address.sun_path, sizeof address.sun_path, "%s/fe000000.%u", dir.c_str(), queue);
-        fd_ = socket(AF_UNIX, SOCK_STREAM, 0);
-        connected_ = connect(fd_, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
-    }
-    ~RawPeer() { close(fd_); }
-    bool connected() const { return connected_; }
-    void send_words(std::initializer_list<uint32_t> words) const
-    {
-        const std::vector<uint32_t> bytes(words);
-        EXPECT_EQ(write(fd_, bytes.data(), bytes.size() * 4), static_cast<ssize_t>(bytes.size() * 4));
-    }
-    // Whether the queue hangs up on the sender, rather than answering or
-    // leaving it waiting (for three seconds here).
-    bool hung_up() const
-    {
-        const timeval wait{3, 0};
-        setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
-        char byte;
-        const ssize_t got = recv(fd_, &byte, 1, 0);
-        return got == 0 || (got < 0 && errno == ECONNRESET);
-    }
-
-  private:
-    int fd_ = -1;
-    bool connected_ = false;
-};
+using wex_test::RawPeer;
 
 // A request that must be answered well within the transport's five-second
 // wait for a stalled sender.
