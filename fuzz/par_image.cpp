@@ -1,6 +1,6 @@
 // A .par image as wexctl's dump takes it: the check, the conversion of what
 // it accepts to host order with the library's loop check, then the dump.
-#include "par_image.h"
+#include "image_check.h"
 #include "harness.h"
 
 #include <wex/parse_tree.h>
@@ -10,14 +10,15 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    if (size < 2 || size - 1 > wexctl::kMaxImageNodes * WEX_NODE_SIZE)
+    if (size < 2 || size - 1 > wex_grammar::kMaxImageNodes * WEX_NODE_SIZE)
         return 0;
     const uint32_t start = data[0]; // the first byte names the start node
     std::vector<uint8_t> image(data + 1, data + size);
-    wexctl::ImageCheck check = wexctl::check_image(wexctl::shape_of(image), image.size(), start);
+    wex_grammar::ImageCheck check =
+        wex_grammar::check_image(wex_grammar::shape_of(image), image.size(), start);
     if (!check.walkable)
         return 0;
-    wexctl::convert_for_walks(image, start, check);
+    wex_grammar::convert_for_walks(image, start, check);
     display_array_tree(image.data(), start, 0);
     return 0;
 }

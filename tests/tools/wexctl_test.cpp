@@ -228,6 +228,46 @@ TEST(Wexctl, ParDumpPrintsTheTreeAndDiffComparesConfigurations)
     EXPECT_NE(run.err.find("unknown command 'frobnicate'"), std::string::npos);
 }
 
+std::string read_file(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
+{
+    const std::string dir = WEX_TEST_SANDBOX,
+                      image = Image(3).child(0, 1).child(1, 2).child(0, 2, true).write("t.par");
+    ToolRun run = wexctl({"tree", "decompile", image, "--nodes"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, "# 3 parse-tree nodes, every field that is set\n"
+                       "node 0\n  name \"n0\"\n  child 1\n  link 2\n"
+                       "node 1\n  name \"n1\"\n  child 2\n"
+                       "node 2\n  name \"n2\"\n");
+    std::ofstream(dir + "/t.tree") << run.out;
+    const std::string out = dir + "/out.par";
+    std::remove(out.c_str());
+    run = wexctl({"tree", "compile", dir + "/t.tree", "-o", out});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(read_file(out), read_file(image));
+
+    // A text with errors, or one whose image the walks could not take,
+    // leaves the old output in place and no file beside it.
+    std::ofstream(dir + "/bad.tree") << "node 0\n  child 5\n  colour 1\n";
+    std::ofstream(dir + "/loop.tree") << "node 0\n  child 1\nnode 1\n  child 0\n";
+    run = wexctl({"tree", "compile", dir + "/bad.tree", "-o", out});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, dir + "/bad.tree:3:3: unknown field 'colour'\n" + dir +
+                           "/bad.tree:2:3: child 5 is not a node of this image (it has 1)\n");
+    run = wexctl({"tree", "compile", dir + "/loop.tree", "-o", out});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, dir + "/loop.tree:1:1: node 0: lies on a loop of non-link children\n");
+    EXPECT_EQ(read_file(out), read_file(image));
+    for (const auto &entry : std::filesystem::directory_iterator(dir))
+        EXPECT_EQ(entry.path().filename().string().rfind("out.par.", 0), std::string::npos) << entry.path();
+    EXPECT_EQ(wexctl({"tree", "compile", dir + "/t.tree"}).status, 2);
+}
+
 TEST(Wexctl, AFileShortenedWhileItIsComparedEndsTheToolWithOneLine)
 {
     const std::string path = std::string(WEX_TEST_SANDBOX) + "/shrinking.cfg";

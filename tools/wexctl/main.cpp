@@ -4,9 +4,10 @@
 // writing the output).
 #include "daemon_commands.h"
 #include "input_file.h"
-#include "par_image.h"
+#include "image_check.h"
 #include "printed_bytes.h"
 #include "program.h"
+#include "tree_commands.h"
 
 #include <wex/output.h>
 #include <wex/parse_tree.h>
@@ -24,13 +25,15 @@ using Args = std::vector<std::string>;
 constexpr const char *kProgram = "wexctl";
 // Configuration texts are read whole; past this they are not configurations.
 constexpr std::size_t kMaxTextBytes = 64u << 20;
-constexpr std::size_t kMaxImageBytes = wexctl::kMaxImageNodes * WEX_NODE_SIZE;
+constexpr std::size_t kMaxImageBytes = wex_grammar::kMaxImageNodes * WEX_NODE_SIZE;
 
 constexpr const char *kUsage =
     "usage: wexctl COMMAND [ARGS]\n"
     "  par check FILE [--node N]   validate a .par image (network order)\n"
     "  par dump FILE [--node N]    validate, then print the tree from node N (default 0)\n"
     "  diff OLD NEW                compare two configuration files (exit 0 same, 1 different)\n"
+    "  tree compile SRC -o OUT     compile a grammar text to a .par image\n"
+    "  tree decompile IN [--nodes] write a .par image as grammar text\n"
     "  iftable                     wexd's interface table\n"
     "  trees                       wexd's tree table\n"
     "  lock REQUESTER | --show     take the CLI lock, or show who holds it\n"
@@ -77,15 +80,15 @@ bool par_arguments(const Args &args, std::string &path, uint32_t &start)
     path = args[0];
     if (args.size() == 1)
         return true;
-    const std::optional<uint64_t> node = wex_tools::parse_number(args[2], wexctl::kMaxImageNodes - 1);
+    const std::optional<uint64_t> node = wex_tools::parse_number(args[2], wex_grammar::kMaxImageNodes - 1);
     start = node ? static_cast<uint32_t>(*node) : 0;
     return args[1] == "--node" && node;
 }
 
-int report_check(const std::string &path, const wexctl::ImageCheck &check, uint32_t start, bool dump)
+int report_check(const std::string &path, const wex_grammar::ImageCheck &check, uint32_t start, bool dump)
 {
-    for (const std::string &problem : check.problems)
-        std::fprintf(dump ? stderr : stdout, "%s: %s\n", path.c_str(), problem.c_str());
+    for (const wex_grammar::Problem &problem : check.problems)
+        std::fprintf(dump ? stderr : stdout, "%s: %s\n", path.c_str(), problem.line().c_str());
     if (!dump && check.problems.empty())
         std::printf("%s: %u nodes, valid from node %u\n", path.c_str(), check.nodes, start);
     return check.problems.empty() ? 0 : 1;
@@ -96,13 +99,13 @@ int report_check(const std::string &path, const wexctl::ImageCheck &check, uint3
 int par_check(const std::string &path, uint32_t start)
 {
     constexpr std::size_t kBlockBytes = 128 * WEX_NODE_SIZE;
-    wexctl::TreeShape shape;
+    wex_grammar::TreeShape shape;
     const std::optional<std::size_t> size =
         wex_tools::read_input_in_blocks(kProgram, path, kMaxImageBytes, kBlockBytes,
                                         [&](std::span<const uint8_t> block) { shape.add_records(block); });
     if (!size)
         return 2;
-    return report_check(path, wexctl::check_image(shape, *size, start), start, false);
+    return report_check(path, wex_grammar::check_image(shape, *size, start), start, false);
 }
 
 int par_dump(const std::string &path, uint32_t start)
@@ -111,9 +114,10 @@ int par_dump(const std::string &path, uint32_t start)
     if (!bytes)
         return 2;
     const std::span<uint8_t> image(reinterpret_cast<uint8_t *>(bytes->data()), bytes->size());
-    wexctl::ImageCheck check = wexctl::check_image(wexctl::shape_of(image), image.size(), start);
+    wex_grammar::ImageCheck check =
+        wex_grammar::check_image(wex_grammar::shape_of(image), image.size(), start);
     if (check.walkable)
-        wexctl::convert_for_walks(image, start, check);
+        wex_grammar::convert_for_walks(image, start, check);
     const int status = report_check(path, check, start, true);
     // The dump walks only the non-link tree, so link problems do not stop it.
     if (check.walkable)
@@ -131,7 +135,7 @@ int par_command(const std::string &action, const Args &args)
     uint32_t start = 0;
     if (!par_arguments(args, path, start))
         return usage_error("par " + action + " needs FILE [--node N], N below " +
-                           std::to_string(wexctl::kMaxImageNodes));
+                           std::to_string(wex_grammar::kMaxImageNodes));
     return action == "check" ? par_check(path, start) : par_dump(path, start);
 }
 
@@ -196,6 +200,8 @@ int run(const Args &all)
     }
     if (all[0] == "diff")
         return diff_command(rest);
+    if (all[0] == "tree")
+        return wexctl::run_tree_command(rest);
     if (const std::optional<int> status = wexctl::run_daemon_command(all[0], rest))
         return *status;
     return usage_error("unknown command '" + all[0] + "'");

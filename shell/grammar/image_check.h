@@ -1,15 +1,15 @@
 // Validation of a ".par" parse-tree image as stored, in network order,
 // before any library walk touches it: the walks trust the image and end
 // the process past their depth limit.
-#ifndef WEXCTL_PAR_IMAGE_H
-#define WEXCTL_PAR_IMAGE_H
+#ifndef WEX_GRAMMAR_IMAGE_CHECK_H
+#define WEX_GRAMMAR_IMAGE_CHECK_H
 
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
-namespace wexctl
+namespace wex_grammar
 {
 
 // The largest image: child indexes are 16 bits wide.
@@ -50,9 +50,17 @@ class TreeShape
 // The shape of a whole image in memory; a partial record at its end is left out.
 TreeShape shape_of(std::span<const uint8_t> image);
 
+struct Problem {
+    int64_t node; // the node it is about; -1 for the image as a whole
+    std::string text;
+
+    // "node N: text", or the text alone.
+    std::string line() const { return node < 0 ? text : "node " + std::to_string(node) + ": " + text; }
+};
+
 struct ImageCheck {
-    std::vector<std::string> problems; // one line each, naming the node
-    bool walkable = false;             // the whole image converts to host order safely
+    std::vector<Problem> problems;
+    bool walkable = false; // the whole image converts to host order safely
     uint32_t nodes = 0;
     std::vector<uint32_t> roots; // the nodes without a non-link parent
 };
@@ -68,6 +76,6 @@ ImageCheck check_image(const TreeShape &shape, std::size_t image_bytes, uint32_t
 // cycle_check confirm it from start.
 void convert_for_walks(std::span<uint8_t> image, uint32_t start, ImageCheck &check);
 
-} // namespace wexctl
+} // namespace wex_grammar
 
 #endif

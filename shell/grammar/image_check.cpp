@@ -1,11 +1,11 @@
-#include "par_image.h"
+#include "image_check.h"
 
 #include <wex/parse_tree.h>
 
 #include <algorithm>
 #include <cstring>
 
-namespace wexctl
+namespace wex_grammar
 {
 namespace
 {
@@ -18,19 +18,16 @@ uint16_t be16(const uint8_t *at)
     return static_cast<uint16_t>(at[0] << 8 | at[1]);
 }
 
-std::string at(uint32_t index)
-{
-    return "node " + std::to_string(index) + ": ";
-}
-
 void check_counts(const TreeShape &shape, uint32_t i, ImageCheck &check)
 {
     if (shape.param_count(i) > WEX_NODE_MAX_PARAMS)
-        check.problems.push_back(at(i) + "param_count " + std::to_string(shape.param_count(i)) +
-                                 " (at most " + std::to_string(WEX_NODE_MAX_PARAMS) + ")");
+        check.problems.push_back(
+            {static_cast<int64_t>(i), "param_count " + std::to_string(shape.param_count(i)) + " (at most " +
+                                          std::to_string(WEX_NODE_MAX_PARAMS) + ")"});
     if (shape.child_count(i) > WEX_NODE_MAX_CHILDREN)
-        check.problems.push_back(at(i) + "child_count " + std::to_string(shape.child_count(i)) +
-                                 " (at most " + std::to_string(WEX_NODE_MAX_CHILDREN) + ")");
+        check.problems.push_back(
+            {static_cast<int64_t>(i), "child_count " + std::to_string(shape.child_count(i)) + " (at most " +
+                                          std::to_string(WEX_NODE_MAX_CHILDREN) + ")"});
 }
 
 // Counts and child indexes of every node; each node's one non-link parent.
@@ -43,12 +40,14 @@ std::vector<int64_t> check_records(const TreeShape &shape, ImageCheck &check)
         for (std::size_t c = 0; c < children.size(); ++c) {
             const uint32_t child = children[c];
             if (child >= shape.size()) {
-                check.problems.push_back(at(i) + "child " + std::to_string(c) + " is node " +
-                                         std::to_string(child) + ", past the image's " +
-                                         std::to_string(shape.size()) + " nodes");
+                check.problems.push_back(
+                    {static_cast<int64_t>(i), "child " + std::to_string(c) + " is node " +
+                                                  std::to_string(child) + ", past the image's " +
+                                                  std::to_string(shape.size()) + " nodes"});
             } else if (!shape.is_link(i, c) && parent[child] >= 0) {
-                check.problems.push_back(at(child) + "non-link child of both node " +
-                                         std::to_string(parent[child]) + " and node " + std::to_string(i));
+                check.problems.push_back({static_cast<int64_t>(child), "non-link child of both node " +
+                                                                           std::to_string(parent[child]) +
+                                                                           " and node " + std::to_string(i)});
             } else if (!shape.is_link(i, c)) {
                 parent[child] = i;
             }
@@ -67,8 +66,9 @@ bool check_tree(const TreeShape &shape, uint32_t root, std::vector<bool> &seen, 
         const auto [index, depth] = pending.back();
         pending.pop_back();
         if (depth > kMaxDepth) {
-            check.problems.push_back(at(index) + "more than " + std::to_string(kMaxDepth) +
-                                     " levels below node " + std::to_string(root));
+            check.problems.push_back(
+                {static_cast<int64_t>(index),
+                 "more than " + std::to_string(kMaxDepth) + " levels below node " + std::to_string(root)});
             return false;
         }
         const std::span<const uint16_t> children = shape.children(index);
@@ -98,8 +98,7 @@ bool check_forest(const TreeShape &shape, const std::vector<int64_t> &parent, Im
     const auto lost = std::find(seen.begin(), seen.end(), false);
     if (lost == seen.end())
         return true;
-    check.problems.push_back(at(static_cast<uint32_t>(lost - seen.begin())) +
-                             "lies on a loop of non-link children");
+    check.problems.push_back({lost - seen.begin(), "lies on a loop of non-link children"});
     return false;
 }
 
@@ -141,13 +140,14 @@ void check_links(const TreeShape &shape, uint32_t start, ImageCheck &check)
     LinkWalk walk{shape, std::vector<int>(shape.size(), 0), std::vector<int32_t>(shape.size(), 0)};
     walk.visit(start, 0);
     if (walk.loop_at >= 0) {
-        check.problems.push_back(at(static_cast<uint32_t>(walk.loop_at)) +
-                                 "a loop through links comes back here");
+        check.problems.push_back(
+            {static_cast<int64_t>(walk.loop_at), "a loop through links comes back here"});
         return;
     }
     if (walk.too_deep || walk.height[start] > kMaxDepth) {
-        check.problems.push_back(at(start) + "paths following links run more than " +
-                                 std::to_string(kMaxDepth) + " levels deep");
+        check.problems.push_back(
+            {static_cast<int64_t>(start),
+             "paths following links run more than " + std::to_string(kMaxDepth) + " levels deep"});
     }
 }
 
@@ -189,14 +189,14 @@ ImageCheck check_image(const TreeShape &shape, std::size_t image_bytes, uint32_t
 {
     ImageCheck check;
     if (image_bytes == 0 || image_bytes % WEX_NODE_SIZE != 0) {
-        check.problems.push_back("size " + std::to_string(image_bytes) + " is not a whole number of " +
-                                 std::to_string(WEX_NODE_SIZE) + "-byte nodes");
+        check.problems.push_back({-1, "size " + std::to_string(image_bytes) + " is not a whole number of " +
+                                          std::to_string(WEX_NODE_SIZE) + "-byte nodes"});
         return check;
     }
     check.nodes = shape.size();
     if (start >= check.nodes) {
-        check.problems.push_back("start node " + std::to_string(start) + " is past the image's " +
-                                 std::to_string(check.nodes) + " nodes");
+        check.problems.push_back({-1, "start node " + std::to_string(start) + " is past the image's " +
+                                          std::to_string(check.nodes) + " nodes"});
         return check;
     }
     const std::vector<int64_t> parent = check_records(shape, check);
@@ -214,7 +214,8 @@ void convert_for_walks(std::span<uint8_t> image, uint32_t start, ImageCheck &che
     for (const uint32_t root : check.roots)
         ntoh_array_tree(image.data(), root, 0);
     if (check.problems.empty() && cycle_check(image.data(), start, 0) != 0)
-        check.problems.push_back(at(start) + "cycle_check finds a cycle or too deep a path");
+        check.problems.push_back(
+            {static_cast<int64_t>(start), "cycle_check finds a cycle or too deep a path"});
 }
 
-} // namespace wexctl
+} // namespace wex_grammar

@@ -1,0 +1,163 @@
+#include "source_text.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace wex_grammar
+{
+namespace
+{
+
+constexpr std::string_view kMarks = "<>{}[]|()=,";
+
+bool ends_word(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '"' || c == '#' ||
+           kMarks.find(c) != std::string_view::npos;
+}
+
+int hex_digit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+class Tokenizer
+{
+  public:
+    Tokenizer(std::string_view text, const std::string &file, Diagnostics &diagnostics)
+        : text_(text), file_(file), diagnostics_(diagnostics)
+    {
+    }
+
+    std::vector<Token> run()
+    {
+        while (i_ < text_.size()) {
+            const char c = text_[i_];
+            if (c == '\n') {
+                push(Token::Kind::line_end, "\n", here());
+                advance();
+                line_++;
+                column_ = 1;
+            } else if (c == ' ' || c == '\t' || c == '\r') {
+                advance();
+            } else if (c == '#') {
+                while (i_ < text_.size() && text_[i_] != '\n')
+                    advance();
+            } else if (c == '"') {
+                quoted_text();
+            } else if (kMarks.find(c) != std::string_view::npos) {
+                push(Token::Kind::mark, std::string(1, c), here());
+                advance();
+            } else {
+                bare_word();
+            }
+        }
+        push(Token::Kind::line_end, "\n", here());
+        return std::move(tokens_);
+    }
+
+  private:
+    Position here() const { return Position{line_, column_}; }
+    void advance()
+    {
+        ++i_;
+        ++column_;
+    }
+    void push(Token::Kind kind, std::string value, Position at)
+    {
+        tokens_.push_back({kind, std::move(value), at});
+    }
+
+    void bare_word()
+    {
+        const Position at = here();
+        const std::size_t start = i_;
+        while (i_ < text_.size() && !ends_word(text_[i_]))
+            advance();
+        push(Token::Kind::word, std::string(text_.substr(start, i_ - start)), at);
+    }
+
+    void quoted_text()
+    {
+        const Position at = here();
+        advance();
+        std::string value;
+        while (i_ < text_.size() && text_[i_] != '"' && text_[i_] != '\n') {
+            if (text_[i_] == '\\')
+                escape(value);
+            else {
+                value += text_[i_];
+                advance();
+            }
+        }
+        if (i_ >= text_.size() || text_[i_] != '"') {
+            diagnostics_.error(file_, at, "the quoted text is not closed on its line");
+        } else {
+            advance();
+        }
+        push(Token::Kind::text, std::move(value), at);
+    }
+
+    void escape(std::string &value)
+    {
+        const Position at = here();
+        advance();
+        const char c = i_ < text_.size() ? text_[i_] : '\0';
+        if (c == '"' || c == '\\') {
+            value += c;
+            advance();
+        } else if (c == 'n' || c == 't') {
+            value += c == 'n' ? '\n' : '\t';
+            advance();
+        } else if (c == 'x' && i_ + 2 < text_.size() && hex_digit(text_[i_ + 1]) >= 0 &&
+                   hex_digit(text_[i_ + 2]) >= 0) {
+            value += static_cast<char>(hex_digit(text_[i_ + 1]) * 16 + hex_digit(text_[i_ + 2]));
+            advance();
+            advance();
+            advance();
+        } else {
+            diagnostics_.error(file_, at, "unknown escape in a quoted text (use \\\" \\\\ \\n \\t or \\xHH)");
+        }
+    }
+
+    std::string_view text_;
+    const std::string &file_;
+    Diagnostics &diagnostics_;
+    std::vector<Token> tokens_;
+    std::size_t i_ = 0;
+    uint32_t line_ = 1, column_ = 1;
+};
+
+} // namespace
+
+std::vector<Token> tokenize(std::string_view text, const std::string &file, Diagnostics &diagnostics)
+{
+    return Tokenizer(text, file, diagnostics).run();
+}
+
+std::string quoted(std::string_view text)
+{
+    std::string out = "\"";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (byte < 0x20 || byte > 0x7e) {
+            char hex[5];
+            std::snprintf(hex, sizeof hex, "\\x%02x", byte);
+            out += hex;
+        } else {
+            out += c;
+        }
+    }
+    return out + "\"";
+}
+
+} // namespace wex_grammar
