@@ -1,5 +1,6 @@
 #include "node_layer.h"
 
+#include "image_check.h"
 #include "node_record.h"
 #include "param_types.h"
 #include "source_text.h"
@@ -176,53 +177,13 @@ namespace wex_grammar
 namespace
 {
 
-int hex_value(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
-// A decimal or 0x-hexadecimal number that fits width bytes; a negative
-// decimal is taken in two's complement for widths up to 4.
-std::optional<uint64_t> parse_number(std::string_view word, int width)
-{
-    const bool negative = !word.empty() && word[0] == '-';
-    if (negative)
-        word.remove_prefix(1);
-    const bool hex = word.size() > 2 && word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
-    if (hex)
-        word.remove_prefix(2);
-    if (word.empty() || (negative && (hex || width > 4)))
-        return std::nullopt;
-    const uint64_t limit = width == 8 ? UINT64_MAX : (uint64_t{1} << (8 * width)) - 1;
-    const unsigned base = hex ? 16 : 10;
-    uint64_t value = 0;
-    for (const char c : word) {
-        const int digit = hex_value(c);
-        if (digit < 0 || static_cast<unsigned>(digit) >= base ||
-            value > (limit - static_cast<unsigned>(digit)) / base)
-            return std::nullopt;
-        value = value * base + static_cast<unsigned>(digit);
-    }
-    if (!negative)
-        return value;
-    if (value > (limit >> 1) + 1)
-        return std::nullopt;
-    return (limit + 1 - value) & limit;
-}
-
 std::optional<std::vector<uint8_t>> parse_hex_bytes(std::string_view word)
 {
     if (word.empty() || word.size() % 2 != 0)
         return std::nullopt;
     std::vector<uint8_t> bytes;
     for (std::size_t i = 0; i < word.size(); i += 2) {
-        const int high = hex_value(word[i]), low = hex_value(word[i + 1]);
+        const int high = hex_digit(word[i]), low = hex_digit(word[i + 1]);
         if (high < 0 || low < 0)
             return std::nullopt;
         bytes.push_back(static_cast<uint8_t>(high << 4 | low));
@@ -308,8 +269,8 @@ class NodeReader
         if (!index || *index != expected)
             error(number ? number->at : key.at,
                   "expected 'node " + std::to_string(expected) + "': nodes are numbered from 0 in order");
-        if (expected == kMaxNodes) {
-            error(key.at, "an image holds at most " + std::to_string(kMaxNodes) + " nodes");
+        if (expected == kMaxImageNodes) {
+            error(key.at, "an image holds at most " + std::to_string(kMaxImageNodes) + " nodes");
             return;
         }
         stanzas_.push_back(Stanza{{}, {}, key.at});
@@ -508,9 +469,6 @@ class NodeReader
         }
         return image;
     }
-
-    // Child indexes are 16 bits wide.
-    static constexpr std::size_t kMaxNodes = 0x10000;
 
     const std::string &file_;
     Diagnostics &diagnostics_;

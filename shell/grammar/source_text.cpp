@@ -16,17 +16,6 @@ bool ends_word(char c)
            kMarks.find(c) != std::string_view::npos;
 }
 
-int hex_digit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 class Tokenizer
 {
   public:
@@ -135,6 +124,44 @@ class Tokenizer
 };
 
 } // namespace
+
+int hex_digit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+std::optional<uint64_t> parse_number(std::string_view word, int width)
+{
+    const bool negative = !word.empty() && word[0] == '-';
+    if (negative)
+        word.remove_prefix(1);
+    const bool hex = word.size() > 2 && word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
+    if (hex)
+        word.remove_prefix(2);
+    if (word.empty() || (negative && (hex || width > 4)))
+        return std::nullopt;
+    const uint64_t limit = width == 8 ? UINT64_MAX : (uint64_t{1} << (8 * width)) - 1;
+    const unsigned base = hex ? 16 : 10;
+    uint64_t value = 0;
+    for (const char c : word) {
+        const int digit = hex_digit(c);
+        if (digit < 0 || static_cast<unsigned>(digit) >= base ||
+            value > (limit - static_cast<unsigned>(digit)) / base)
+            return std::nullopt;
+        value = value * base + static_cast<unsigned>(digit);
+    }
+    if (!negative)
+        return value;
+    if (value > (limit >> 1) + 1)
+        return std::nullopt;
+    return (limit + 1 - value) & limit;
+}
 
 std::vector<Token> tokenize(std::string_view text, const std::string &file, Diagnostics &diagnostics)
 {

@@ -6,6 +6,8 @@
 
 #include "diagnostics.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +25,13 @@ struct Token {
 // The tokens of text; a text left open or a bad escape is reported, and the
 // tokens around it are kept. The last token is always a line end.
 std::vector<Token> tokenize(std::string_view text, const std::string &file, Diagnostics &diagnostics);
+
+// The value of a hexadecimal digit, or -1.
+int hex_digit(char c);
+
+// A decimal or 0x-hexadecimal number that fits width bytes; a negative
+// decimal is taken in two's complement for widths up to 4.
+std::optional<uint64_t> parse_number(std::string_view word, int width);
 
 // text as a quoted text that tokenize reads back exactly: '"' and '\'
 // escaped, bytes outside printable ASCII as \xHH.
