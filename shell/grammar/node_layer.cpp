@@ -465,7 +465,7 @@ class NodeReader
                 std::copy(left.bytes.begin(), left.bytes.end(),
                           record.begin() + static_cast<long>(left.offset));
             image.bytes.insert(image.bytes.end(), record.begin(), record.end());
-            image.node_at.push_back(node.at);
+            image.node_at.push_back({file_, node.at});
         }
         return image;
     }

@@ -20,9 +20,15 @@ namespace wex_grammar
 // left out.
 std::string write_node_layer(std::span<const uint8_t> image);
 
+// Where a node comes from: the stanza or the word that made it.
+struct Origin {
+    std::string file;
+    Position at;
+};
+
 struct CompiledImage {
-    std::vector<uint8_t> bytes;    // network order
-    std::vector<Position> node_at; // where each node's stanza begins
+    std::vector<uint8_t> bytes;  // network order
+    std::vector<Origin> node_at; // one for each node
 };
 
 // The image the stanzas of text describe, or nothing when diagnostics

@@ -3,6 +3,7 @@
 #include "input_file.h"
 #include "node_layer.h"
 #include "output_file.h"
+#include "compiler.h"
 #include "image_check.h"
 
 #include <wex/parse_tree.h>
@@ -23,10 +24,11 @@ constexpr const char *kProgram = "wexctl";
 constexpr std::size_t kMaxSourceBytes = 256u << 20;
 
 constexpr const char *kTreeUsage =
-    "usage: wexctl tree compile SRC -o OUT.par\n"
+    "usage: wexctl tree compile SRC... -o OUT.par\n"
     "       wexctl tree decompile IN.par [--nodes]\n"
-    "compile turns a grammar text into a .par image in network order, written whole or not at\n"
-    "all; every error is named FILE:LINE:COLUMN. decompile writes an image as grammar text on\n"
+    "compile turns grammar texts (command declarations, or one text of node stanzas) into a .par\n"
+    "image in network order, written whole or not at all; every error is named FILE:LINE:COLUMN.\n"
+    "decompile writes an image as grammar text on\n"
     "standard output, one stanza per node (--nodes). Exit status: 0 done, 2 errors or trouble.\n";
 
 int tree_usage_error(const std::string &why)
@@ -35,34 +37,21 @@ int tree_usage_error(const std::string &why)
     return 2;
 }
 
-// The structure the library's walks rely on, from the first node; each
-// problem is reported where its node's stanza begins.
-bool structure_holds(const std::string &source, const wex_grammar::CompiledImage &image)
+int compile(const Args &sources, const std::string &output)
 {
-    const wex_grammar::ImageCheck check =
-        wex_grammar::check_image(wex_grammar::shape_of(image.bytes), image.bytes.size(), 0);
+    std::vector<wex_grammar::Source> texts;
+    for (const std::string &path : sources) {
+        std::optional<std::string> text = wex_tools::read_input(kProgram, path, kMaxSourceBytes);
+        if (!text)
+            return 2;
+        texts.push_back({path, std::move(*text)});
+    }
     wex_grammar::Diagnostics diagnostics;
-    for (const wex_grammar::Problem &problem : check.problems)
-        diagnostics.error(source, problem.node < 0 ? wex_grammar::Position{} : image.node_at[problem.node],
-                          problem.line());
-    std::fputs(diagnostics.report().c_str(), stderr);
-    return check.problems.empty();
-}
-
-int compile(const std::string &source, const std::string &output)
-{
-    const std::optional<std::string> text = wex_tools::read_input(kProgram, source, kMaxSourceBytes);
-    if (!text)
-        return 2;
-    wex_grammar::Diagnostics diagnostics;
-    const std::optional<wex_grammar::CompiledImage> image =
-        wex_grammar::read_node_layer(*text, source, diagnostics);
+    const std::optional<wex_grammar::CompiledImage> image = wex_grammar::compile(texts, diagnostics);
     if (!image) {
         std::fputs(diagnostics.report().c_str(), stderr);
         return 2;
     }
-    if (!structure_holds(source, *image))
-        return 2;
     return wex_tools::write_file_whole(kProgram, output, image->bytes) ? 0 : 2;
 }
 
@@ -100,9 +89,9 @@ int run_tree_command(const Args &args)
         return args.empty() ? 2 : 0;
     }
     if (args[0] == "compile") {
-        if (args.size() != 4 || args[2] != "-o")
-            return tree_usage_error("tree compile needs SRC -o OUT.par");
-        return compile(args[1], args[3]);
+        if (args.size() < 4 || args[args.size() - 2] != "-o")
+            return tree_usage_error("tree compile needs SRC... -o OUT.par");
+        return compile(Args(args.begin() + 1, args.end() - 2), args.back());
     }
     if (args[0] == "decompile") {
         if (args.size() < 2 || args.size() > 3 || (args.size() == 3 && args[2] != "--nodes"))

@@ -1,0 +1,63 @@
+// The command layer of the grammar text, as feature authors write it: one
+// declaration per command, its words as a user types them, and the node
+// attributes the command's last word carries.
+#ifndef WEX_GRAMMAR_COMMAND_LAYER_H
+#define WEX_GRAMMAR_COMMAND_LAYER_H
+
+#include "diagnostics.h"
+#include "node_record.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wex_grammar
+{
+
+// One node of a command: a keyword, or one or two parameters.
+struct Word {
+    std::string keyword;             // empty for parameters
+    std::vector<ParamFields> params; // with their names in names
+    std::vector<std::string> names;  // how the help lines name each parameter
+    bool optional = false;           // the first word of an optional part
+    Position at;
+};
+
+struct Submode {
+    std::string mode, prompt, help;
+};
+
+// What a command's declaration says; attributes left unset are not given.
+struct CommandDecl {
+    std::vector<std::string> modes;
+    std::vector<std::vector<Word>> forms;                  // alternatives and optional parts spelt out
+    std::vector<std::pair<std::string, std::string>> help; // word or parameter name, text
+    std::optional<std::string> function, generator;
+    std::optional<uint32_t> command_id;
+    std::optional<uint16_t> bcp_msg_type, internal_function, priority;
+    std::optional<uint64_t> interface_mask;
+    std::optional<std::array<uint8_t, 16>> permissions;
+    std::optional<Submode> enters;
+    bool negatable = false;
+    Position at;
+    Position enters_at;
+};
+
+struct CommandFile {
+    std::string name;                                        // for messages
+    std::string module;                                      // the module_id of the nodes it makes
+    std::vector<std::pair<std::string, std::string>> help;   // file-wide help by word
+    std::vector<std::pair<std::string, uint32_t>> token_ids; // by keyword
+    std::vector<CommandDecl> commands;
+};
+
+// Whether text is written in the node layer (its first statement is "node").
+bool is_node_layer(std::string_view text);
+
+// The declarations of a command-layer text; errors go to diagnostics.
+CommandFile read_command_layer(std::string_view text, const std::string &file, Diagnostics &diagnostics);
+
+} // namespace wex_grammar
+
+#endif
