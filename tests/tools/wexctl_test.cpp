@@ -245,6 +245,15 @@ TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
                        "node 1\n  name \"n1\"\n  child 2\n"
                        "node 2\n  name \"n2\"\n");
     std::ofstream(dir + "/t.tree") << run.out;
+    const std::string head = "digraph parse_tree {\n  node [fontname=\"Helvetica\", fontsize=10];\n"
+                             "  edge [arrowsize=0.6];\n";
+    run = wexctl({"tree", "graph", image});
+    EXPECT_EQ(run.out, head +
+                           "  n0 [label=\"n0\", shape=box];\n  n0 -> n1;\n  n1 [label=\"n1\", shape=box];\n"
+                           "  n1 -> n2;\n  n2 [label=\"n2\", shape=box];\n  n0 -> n2 [style=dashed];\n}\n");
+    EXPECT_EQ(wexctl({"tree", "graph", image, "--from", "1", "--depth", "0"}).out,
+              head + "  n1 [label=\"n1\", shape=box];\n}\n");
+    EXPECT_EQ(wexctl({"tree", "graph", Image(2).child(0, 1).child(1, 0).write("loop.par")}).status, 1);
     const std::string out = dir + "/out.par";
     std::remove(out.c_str());
     run = wexctl({"tree", "compile", dir + "/t.tree", "-o", out});

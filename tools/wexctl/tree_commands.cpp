@@ -4,6 +4,7 @@
 #include "node_layer.h"
 #include "output_file.h"
 #include "compiler.h"
+#include "graph.h"
 #include "image_check.h"
 
 #include <wex/parse_tree.h>
@@ -26,10 +27,14 @@ constexpr std::size_t kMaxSourceBytes = 256u << 20;
 constexpr const char *kTreeUsage =
     "usage: wexctl tree compile SRC... -o OUT.par\n"
     "       wexctl tree decompile IN.par [--nodes]\n"
+    "       wexctl tree graph IN.par [--from NODE] [--depth N]\n"
     "compile turns grammar texts (command declarations, or one text of node stanzas) into a .par\n"
     "image in network order, written whole or not at all; every error is named FILE:LINE:COLUMN.\n"
     "decompile writes an image as grammar text on\n"
-    "standard output, one stanza per node (--nodes). Exit status: 0 done, 2 errors or trouble.\n";
+    "standard output, one stanza per node (--nodes). graph writes the tree from NODE (default 0),\n"
+    "N levels deep (default all), as Graphviz DOT: keywords boxed, parameters round, submodes bold,\n"
+    "the last words of commands doubled, links dashed. Exit status: 0 done, 1 an invalid image,\n"
+    "2 errors or trouble.\n";
 
 int tree_usage_error(const std::string &why)
 {
@@ -55,19 +60,63 @@ int compile(const Args &sources, const std::string &output)
     return wex_tools::write_file_whole(kProgram, output, image->bytes) ? 0 : 2;
 }
 
-int decompile(const std::string &path)
+// A whole image as a .par file holds it, or nothing (said why).
+std::optional<std::string> read_image(const std::string &path)
 {
-    const std::optional<std::string> bytes =
+    std::optional<std::string> bytes =
         wex_tools::read_input(kProgram, path, wex_grammar::kMaxImageNodes * WEX_NODE_SIZE);
-    if (!bytes)
-        return 2;
-    if (bytes->empty() || bytes->size() % WEX_NODE_SIZE != 0) {
+    if (bytes && (bytes->empty() || bytes->size() % WEX_NODE_SIZE != 0)) {
         std::fprintf(stderr, "wexctl: %s: %zu bytes is not a whole number of %u-byte nodes\n", path.c_str(),
                      bytes->size(), WEX_NODE_SIZE);
-        return 2;
+        return std::nullopt;
     }
-    const std::span image(reinterpret_cast<const uint8_t *>(bytes->data()), bytes->size());
-    std::fputs(wex_grammar::write_node_layer(image).c_str(), stdout);
+    return bytes;
+}
+
+std::span<const uint8_t> bytes_of(const std::string &image)
+{
+    return {reinterpret_cast<const uint8_t *>(image.data()), image.size()};
+}
+
+int graph(const std::string &path, uint32_t from, uint32_t depth)
+{
+    const std::optional<std::string> image = read_image(path);
+    if (!image)
+        return 2;
+    const wex_grammar::ImageCheck check =
+        wex_grammar::check_image(wex_grammar::shape_of(bytes_of(*image)), image->size(), from);
+    for (const wex_grammar::Problem &problem : check.problems)
+        std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), problem.line().c_str());
+    if (!check.problems.empty())
+        return 1;
+    std::fputs(wex_grammar::write_graph(bytes_of(*image), from, depth).c_str(), stdout);
+    return 0;
+}
+
+// IN.par [--from NODE] [--depth N]
+int graph_command(const Args &args)
+{
+    uint64_t from = 0, depth = wex_grammar::kMaxImageNodes;
+    for (std::size_t i = 2; i < args.size(); i += 2) {
+        const bool known = args[i] == "--from" || args[i] == "--depth";
+        const std::optional<uint64_t> value =
+            known && i + 1 < args.size() ? wex_tools::parse_number(args[i + 1], wex_grammar::kMaxImageNodes)
+                                         : std::nullopt;
+        if (!value)
+            return tree_usage_error("tree graph needs IN.par [--from NODE] [--depth N]");
+        (args[i] == "--from" ? from : depth) = *value;
+    }
+    if (args.size() < 2)
+        return tree_usage_error("tree graph needs IN.par [--from NODE] [--depth N]");
+    return graph(args[1], static_cast<uint32_t>(from), static_cast<uint32_t>(depth));
+}
+
+int decompile(const std::string &path)
+{
+    const std::optional<std::string> image = read_image(path);
+    if (!image)
+        return 2;
+    std::fputs(wex_grammar::write_node_layer(bytes_of(*image)).c_str(), stdout);
     return 0;
 }
 
@@ -98,7 +147,9 @@ int run_tree_command(const Args &args)
             return tree_usage_error("tree decompile needs IN.par [--nodes]");
         return decompile(args[1]);
     }
-    return tree_usage_error("tree needs compile or decompile");
+    if (args[0] == "graph")
+        return graph_command(args);
+    return tree_usage_error("tree needs compile, decompile or graph");
 }
 
 } // namespace wexctl
