@@ -83,16 +83,10 @@ class Reader
         result_.name = file;
     }
 
-    CommandFile run(const std::vector<Token> &tokens)
+    CommandFile run(std::string_view text)
     {
-        std::size_t start = 0;
-        for (std::size_t i = 0; i < tokens.size(); ++i) {
-            if (tokens[i].kind != Token::Kind::line_end)
-                continue;
-            if (i > start)
-                read_line(Cursor(std::span(tokens).subspan(start, i - start)));
-            start = i + 1;
-        }
+        tokenize_lines(text, file_, diagnostics_,
+                       [this](std::span<const Token> tokens) { read_line(Cursor(tokens)); });
         return std::move(result_);
     }
 
@@ -115,7 +109,7 @@ class Reader
         } else if (key.value == "module") {
             read_name(key, line, sizeof(parse_tree_node::module_id), result_.module);
         } else if (key.value == "help") {
-            read_help(key, line, result_.help);
+            read_file_help(key, line);
         } else if (key.value == "token") {
             read_token_id(key, line);
         } else if (key.value == "command") {
@@ -161,6 +155,18 @@ class Reader
             into.emplace_back(word->value, text->value);
     }
 
+    // A word's help for the whole file: given once.
+    void read_file_help(const Token &key, Cursor &line)
+    {
+        std::vector<std::pair<std::string, std::string>> one;
+        read_help(key, line, one);
+        if (one.empty())
+            return;
+        const auto [it, added] = result_.help.emplace(one.front());
+        if (!added && it->second != one.front().second)
+            error(key.at, "the help of '" + it->first + "' is already \"" + it->second + "\" in this file");
+    }
+
     std::optional<uint64_t> read_number(const Token &key, Cursor &line, int width)
     {
         const Token *value = line.take();
@@ -180,7 +186,7 @@ class Reader
             return;
         }
         if (const std::optional<uint64_t> id = read_number(key, line, 4))
-            result_.token_ids.emplace_back(word->value, static_cast<uint32_t>(*id));
+            result_.token_ids[word->value] = static_cast<uint32_t>(*id);
     }
 
     void read_attribute(const Token &key, Cursor &line, CommandDecl &command)
@@ -572,17 +578,12 @@ class Reader
 
 bool is_node_layer(std::string_view text)
 {
-    Diagnostics ignored;
-    for (const Token &token : tokenize(text, "", ignored)) {
-        if (token.kind != Token::Kind::line_end)
-            return token.kind == Token::Kind::word && token.value == "node";
-    }
-    return false;
+    return first_word(text) == "node";
 }
 
 CommandFile read_command_layer(std::string_view text, const std::string &file, Diagnostics &diagnostics)
 {
-    return Reader(file, diagnostics).run(tokenize(text, file, diagnostics));
+    return Reader(file, diagnostics).run(text);
 }
 
 } // namespace wex_grammar

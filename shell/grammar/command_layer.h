@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace wex_grammar
@@ -45,10 +46,10 @@ struct CommandDecl {
 };
 
 struct CommandFile {
-    std::string name;                                        // for messages
-    std::string module;                                      // the module_id of the nodes it makes
-    std::vector<std::pair<std::string, std::string>> help;   // file-wide help by word
-    std::vector<std::pair<std::string, uint32_t>> token_ids; // by keyword
+    std::string name;                                    // for messages
+    std::string module;                                  // the module_id of the nodes it makes
+    std::unordered_map<std::string, std::string> help;   // file-wide help by word
+    std::unordered_map<std::string, uint32_t> token_ids; // by keyword
     std::vector<CommandDecl> commands;
 };
 

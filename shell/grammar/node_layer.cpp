@@ -222,16 +222,10 @@ class NodeReader
   public:
     NodeReader(const std::string &file, Diagnostics &diagnostics) : file_(file), diagnostics_(diagnostics) {}
 
-    std::optional<CompiledImage> run(const std::vector<Token> &tokens)
+    std::optional<CompiledImage> run(std::string_view text)
     {
-        std::size_t start = 0;
-        for (std::size_t i = 0; i < tokens.size(); ++i) {
-            if (tokens[i].kind != Token::Kind::line_end)
-                continue;
-            if (i > start)
-                read_line(Line(std::span(tokens).subspan(start, i - start)));
-            start = i + 1;
-        }
+        tokenize_lines(text, file_, diagnostics_,
+                       [this](std::span<const Token> tokens) { read_line(Line(tokens)); });
         check_children();
         if (diagnostics_.any())
             return std::nullopt;
@@ -481,8 +475,7 @@ class NodeReader
 std::optional<CompiledImage> read_node_layer(std::string_view text, const std::string &file,
                                              Diagnostics &diagnostics)
 {
-    const std::vector<Token> tokens = tokenize(text, file, diagnostics);
-    return NodeReader(file, diagnostics).run(tokens);
+    return NodeReader(file, diagnostics).run(text);
 }
 
 } // namespace wex_grammar

@@ -19,17 +19,18 @@ bool ends_word(char c)
 class Tokenizer
 {
   public:
-    Tokenizer(std::string_view text, const std::string &file, Diagnostics &diagnostics)
-        : text_(text), file_(file), diagnostics_(diagnostics)
+    Tokenizer(std::string_view text, const std::string &file, Diagnostics &diagnostics,
+              const LineTokens &each_line)
+        : text_(text), file_(file), diagnostics_(diagnostics), each_line_(each_line)
     {
     }
 
-    std::vector<Token> run()
+    void run()
     {
         while (i_ < text_.size()) {
             const char c = text_[i_];
             if (c == '\n') {
-                push(Token::Kind::line_end, "\n", here());
+                end_line();
                 advance();
                 line_++;
                 column_ = 1;
@@ -47,11 +48,17 @@ class Tokenizer
                 bare_word();
             }
         }
-        push(Token::Kind::line_end, "\n", here());
-        return std::move(tokens_);
+        end_line();
     }
 
   private:
+    void end_line()
+    {
+        if (!tokens_.empty())
+            each_line_(tokens_);
+        tokens_.clear();
+    }
+
     Position here() const { return Position{line_, column_}; }
     void advance()
     {
@@ -118,6 +125,7 @@ class Tokenizer
     std::string_view text_;
     const std::string &file_;
     Diagnostics &diagnostics_;
+    const LineTokens &each_line_;
     std::vector<Token> tokens_;
     std::size_t i_ = 0;
     uint32_t line_ = 1, column_ = 1;
@@ -163,9 +171,27 @@ std::optional<uint64_t> parse_number(std::string_view word, int width)
     return (limit + 1 - value) & limit;
 }
 
-std::vector<Token> tokenize(std::string_view text, const std::string &file, Diagnostics &diagnostics)
+void tokenize_lines(std::string_view text, const std::string &file, Diagnostics &diagnostics,
+                    const LineTokens &each_line)
 {
-    return Tokenizer(text, file, diagnostics).run();
+    Tokenizer(text, file, diagnostics, each_line).run();
+}
+
+std::string_view first_word(std::string_view text)
+{
+    std::size_t i = 0;
+    for (;;) {
+        i = text.find_first_not_of(" \t\r\n", i);
+        if (i == std::string_view::npos)
+            return {};
+        if (text[i] != '#')
+            break;
+        i = text.find('\n', i);
+    }
+    std::size_t end = i;
+    while (end < text.size() && !ends_word(text[end]))
+        ++end;
+    return text.substr(i, end - i);
 }
 
 std::string quoted(std::string_view text)

@@ -1,5 +1,5 @@
-// The words of a grammar source: bare words, quoted texts, the marks that
-// shape a command ("<>{}[]|()=,") and line ends, each with its position.
+// The words of a grammar source, line by line: bare words, quoted texts and
+// the marks that shape a command ("<>{}[]|()=,"), each with its position.
 // A "#" outside a quoted text starts a comment that runs to the line end.
 #ifndef WEX_GRAMMAR_SOURCE_TEXT_H
 #define WEX_GRAMMAR_SOURCE_TEXT_H
@@ -7,6 +7,8 @@
 #include "diagnostics.h"
 
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,15 +18,22 @@ namespace wex_grammar
 {
 
 struct Token {
-    enum class Kind { word, text, mark, line_end };
+    enum class Kind { word, text, mark };
     Kind kind;
     std::string value; // a quoted text with its escapes undone; a mark's one character
     Position at;
 };
 
-// The tokens of text; a text left open or a bad escape is reported, and the
-// tokens around it are kept. The last token is always a line end.
-std::vector<Token> tokenize(std::string_view text, const std::string &file, Diagnostics &diagnostics);
+// Calls each_line with the tokens of every line that has any, in order; a
+// text left open or a bad escape is reported, and the tokens around it are
+// kept. One line's tokens at a time are held, however long the text.
+using LineTokens = std::function<void(std::span<const Token>)>;
+void tokenize_lines(std::string_view text, const std::string &file, Diagnostics &diagnostics,
+                    const LineTokens &each_line);
+
+// The first bare word of text, past blanks, line ends and comments; empty
+// when the text has none before anything else.
+std::string_view first_word(std::string_view text);
 
 // The value of a hexadecimal digit, or -1.
 int hex_digit(char c);

@@ -3,6 +3,7 @@
 #include "image_check.h"
 
 #include <map>
+#include <unordered_map>
 
 namespace wex_grammar
 {
@@ -136,13 +137,9 @@ class Builder
     std::optional<uint16_t> word_node(const CommandFile &file, uint16_t parent, const Word &word,
                                       const std::string &help)
     {
-        for (const ChildRef &c : nodes_[parent].fields.children) {
+        if (const std::optional<ChildRef> found = find_child(parent, word)) {
+            const ChildRef c = *found;
             const NodeFields &child = nodes_[c.index].fields;
-            const bool same = word.keyword.empty()
-                                  ? child.token.empty() && same_parameters(child.params, word.params)
-                                  : child.token == word.keyword;
-            if (!same)
-                continue;
             if (c.link) {
                 error(file.name, word.at,
                       "'" + shown(word, word.names) + "' here is a link to another mode's command");
@@ -172,12 +169,38 @@ class Builder
         for (ParamFields &p : node.fields.params)
             if (p.help.empty())
                 p.help = help;
-        for (const auto &[keyword, id] : file.token_ids)
-            if (keyword == word.keyword)
-                node.fields.token_id = id;
+        if (const auto id = file.token_ids.find(word.keyword); id != file.token_ids.end())
+            node.fields.token_id = id->second;
         node.origin = {file.name, word.at};
         node.depth = nodes_[parent].depth + 1;
         return add_child(file, word.at, parent, std::move(node), false);
+    }
+
+    // The child of parent that word names, a link included.
+    std::optional<ChildRef> find_child(uint16_t parent, const Word &word) const
+    {
+        if (!word.keyword.empty()) {
+            const auto found = keyword_children_.find(keyword_key(parent, word.keyword));
+            return found == keyword_children_.end() ? std::nullopt : std::optional(found->second);
+        }
+        for (const ChildRef &c : nodes_[parent].fields.children) {
+            const NodeFields &child = nodes_[c.index].fields;
+            if (child.token.empty() && same_parameters(child.params, word.params))
+                return c;
+        }
+        return std::nullopt;
+    }
+
+    static std::string keyword_key(uint16_t parent, const std::string &keyword)
+    {
+        return std::to_string(parent) + " " + keyword;
+    }
+
+    void add_to(uint16_t parent, ChildRef child)
+    {
+        nodes_[parent].fields.children.push_back(child);
+        if (!nodes_[child.index].fields.token.empty())
+            keyword_children_.emplace(keyword_key(parent, nodes_[child.index].fields.token), child);
     }
 
     std::string help_of(const CommandFile &file, const CommandDecl &command, const Word &word) const
@@ -188,10 +211,8 @@ class Builder
                 return text;
         if (word.keyword.empty() && !word.params.front().help.empty())
             return word.params.front().help;
-        for (const auto &[name, text] : file.help)
-            if (name == key)
-                return text;
-        return "";
+        const auto text = file.help.find(key);
+        return text == file.help.end() ? "" : text->second;
     }
 
     std::optional<uint16_t> add_child(const CommandFile &file, Position at, uint16_t parent, Node node,
@@ -215,7 +236,7 @@ class Builder
         }
         const auto index = static_cast<uint16_t>(nodes_.size());
         nodes_.push_back(std::move(node));
-        nodes_[parent].fields.children.push_back({index, link});
+        add_to(parent, {index, link});
         return index;
     }
 
@@ -227,16 +248,13 @@ class Builder
 
     void add_link(const CommandFile &file, Position at, uint16_t parent, uint16_t target)
     {
-        for (const ChildRef &c : nodes_[parent].fields.children) {
-            if (c.index == target)
-                return;
-            if (nodes_[c.index].fields.token == nodes_[target].fields.token &&
-                !nodes_[target].fields.token.empty()) {
+        const NodeFields &linked = nodes_[target].fields;
+        const Word word{linked.token, linked.params, {}, false, at};
+        if (const std::optional<ChildRef> same = find_child(parent, word)) {
+            if (same->index != target)
                 error(file.name, at,
-                      "'" + nodes_[parent].fields.name + "' already has its own '" +
-                          nodes_[target].fields.token + "'");
-                return;
-            }
+                      "'" + nodes_[parent].fields.name + "' already has its own '" + linked.name + "'");
+            return;
         }
         if (nodes_[parent].fields.children.size() == WEX_NODE_MAX_CHILDREN) {
             error(file.name, at,
@@ -244,7 +262,7 @@ class Builder
                       std::to_string(WEX_NODE_MAX_CHILDREN) + " children");
             return;
         }
-        nodes_[parent].fields.children.push_back({target, true});
+        add_to(parent, {target, true});
     }
 
     // The command's last word: it completes the command and carries its
@@ -318,6 +336,7 @@ class Builder
     Diagnostics &diagnostics_;
     std::vector<Node> nodes_;
     std::map<std::string, std::size_t> modes_;
+    std::unordered_map<std::string, ChildRef> keyword_children_; // by parent and keyword
 };
 
 } // namespace
