@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Runs the README's "by hand" block exactly as written, from a folder where
+# examples/ and build/demo/ are the project's and the build's, and checks
+# what each step printed.
+set -uo pipefail
+root=$1
+build=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/build"
+ln -s "$root/examples" "$work/examples"
+ln -s "$build" "$work/build/demo"
+block=$(sed -n '/^## wexd-sim and wexctl by hand/,/^## /p' "$root/README.md" | sed -n '/^```sh$/,/^```$/p' | sed '1d;$d')
+output=$(cd "$work" && bash -c "$block" 2>&1)
+failed=0
+expect() {
+  if ! grep -qF -- "$1" <<< "$output"; then
+    echo "missing from the block's output: $1"
+    failed=1
+  fi
+}
+expect "Displaying Interface Table"
+expect "zone-admin"
+expect "nodes, valid from node 0"
+expect "NodeName:configure"
+expect "    +  speed 32000"
+expect "    -zone name backup vsan 20"
+if grep -q "^wexctl: " <<< "$output"; then
+  echo "a command failed:"
+  grep "^wexctl: " <<< "$output"
+  failed=1
+fi
+[ $failed = 0 ] || printf '%s\n' "$output"
+exit $failed
