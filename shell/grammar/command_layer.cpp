@@ -15,36 +15,6 @@ namespace
 constexpr std::size_t kMaxOptionalParts = 4;
 constexpr std::size_t kMaxForms = 256;
 
-// The placeholders of the parameter subtypes, whose bounds the hardware
-// sets at run time (the feature registers them).
-struct Subtype {
-    std::string_view placeholder;
-    int32_t code;
-    uint32_t type;
-};
-
-constexpr Subtype kSubtypes[] = {
-    {"module", -1, TYPE_INT},
-    {"ficon-port-addr", -2, TYPE_INT},
-    {"ficon-port-addr-hex", -2, TYPE_HEX},
-    {"ficon-log-if", -3, TYPE_INT},
-    {"ficon-log-if-hex", -3, TYPE_HEX},
-    {"ficon-impl-port-addr", -4, TYPE_INT},
-    {"lakeshore-range", -5, TYPE_INT},
-    {"lakeshore-asic", -6, TYPE_INT},
-    {"xbar", -7, TYPE_INT},
-    {"xbar_asic_inst", -8, TYPE_INT},
-};
-
-const Subtype *find_subtype(std::string_view placeholder)
-{
-    for (const Subtype &s : kSubtypes) {
-        if (s.placeholder == placeholder)
-            return &s;
-    }
-    return nullptr;
-}
-
 // One place of a command line: the words a user may type there.
 struct Element {
     std::vector<Word> choices;
@@ -107,7 +77,7 @@ class Reader
             else
                 read_attribute(key, line, result_.commands.back());
         } else if (key.value == "module") {
-            read_name(key, line, sizeof(parse_tree_node::module_id), result_.module);
+            read_name(key, line, sizeof(parse_tree_node::module_id), module_);
         } else if (key.value == "help") {
             read_file_help(key, line);
         } else if (key.value == "token") {
@@ -268,6 +238,7 @@ class Reader
     {
         CommandDecl command;
         command.at = key.at;
+        command.module = module_;
         if (!read_modes(key, line, command.modes))
             return;
         std::vector<Element> elements;
@@ -426,7 +397,7 @@ class Reader
     {
         const std::size_t colon = spec.value.find(':');
         if (colon == std::string::npos) {
-            const Subtype *subtype = find_subtype(spec.value);
+            const Subtype *subtype = subtype_by_placeholder(spec.value);
             if (!subtype) {
                 error(spec.at, "unknown subtype '<" + spec.value + ">'; a typed parameter is <NAME:TYPE>");
                 return false;
@@ -529,6 +500,11 @@ class Reader
             for (const Element &e : elements) {
                 if (e.optional_part >= 0 && !(kept >> e.optional_part & 1))
                     continue;
+                if (e.choices.size() == 1) {
+                    for (auto &form : partial)
+                        form.push_back(e.choices.front());
+                    continue;
+                }
                 std::vector<std::vector<Word>> grown;
                 for (const auto &form : partial) {
                     for (const Word &choice : e.choices) {
@@ -540,7 +516,8 @@ class Reader
                 if (partial.size() > kMaxForms)
                     break;
             }
-            forms.insert(forms.end(), partial.begin(), partial.end());
+            forms.insert(forms.end(), std::make_move_iterator(partial.begin()),
+                         std::make_move_iterator(partial.end()));
             if (forms.size() > kMaxForms) {
                 error(at, "the command spells out to more than " + std::to_string(kMaxForms) + " commands");
                 return {};
@@ -571,6 +548,7 @@ class Reader
     const std::string &file_;
     Diagnostics &diagnostics_;
     CommandFile result_;
+    std::string module_; // the module of the commands from here on
     Position last_close_;
 };
 

@@ -41,13 +41,13 @@ struct CommandDecl {
     std::optional<std::array<uint8_t, 16>> permissions;
     std::optional<Submode> enters;
     bool negatable = false;
+    std::string module; // the module_id of the nodes it makes
     Position at;
     Position enters_at;
 };
 
 struct CommandFile {
     std::string name;                                    // for messages
-    std::string module;                                  // the module_id of the nodes it makes
     std::unordered_map<std::string, std::string> help;   // file-wide help by word
     std::unordered_map<std::string, uint32_t> token_ids; // by keyword
     std::vector<CommandDecl> commands;

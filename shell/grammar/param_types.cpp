@@ -41,6 +41,19 @@ constexpr std::array kTypes = {
     ParamType{TYPE_COMMUNITY, "TYPE_COMMUNITY", "", Bounds::none},
 };
 
+constexpr Subtype kSubtypes[] = {
+    {"module", -1, TYPE_INT},
+    {"ficon-port-addr", -2, TYPE_INT},
+    {"ficon-port-addr-hex", -2, TYPE_HEX},
+    {"ficon-log-if", -3, TYPE_INT},
+    {"ficon-log-if-hex", -3, TYPE_HEX},
+    {"ficon-impl-port-addr", -4, TYPE_INT},
+    {"lakeshore-range", -5, TYPE_INT},
+    {"lakeshore-asic", -6, TYPE_INT},
+    {"xbar", -7, TYPE_INT},
+    {"xbar_asic_inst", -8, TYPE_INT},
+};
+
 template <typename Match> const ParamType *find(Match match)
 {
     for (const ParamType &type : kTypes) {
@@ -65,6 +78,15 @@ const ParamType *type_by_name(std::string_view name)
 const ParamType *type_by_word(std::string_view word)
 {
     return find([&](const ParamType &t) { return !t.word.empty() && t.word == word; });
+}
+
+const Subtype *subtype_by_placeholder(std::string_view placeholder)
+{
+    for (const Subtype &s : kSubtypes) {
+        if (s.placeholder == placeholder)
+            return &s;
+    }
+    return nullptr;
 }
 
 } // namespace wex_grammar

@@ -27,9 +27,18 @@ struct ParamType {
     Bounds bounds;
 };
 
+// A subtype: a placeholder whose bounds the hardware sets at run time (the
+// feature registers them), written <module> in a command.
+struct Subtype {
+    std::string_view placeholder;
+    int32_t code;
+    uint32_t type;
+};
+
 const ParamType *type_by_code(uint32_t code);
 const ParamType *type_by_name(std::string_view name);
 const ParamType *type_by_word(std::string_view word);
+const Subtype *subtype_by_placeholder(std::string_view placeholder);
 
 } // namespace wex_grammar
 

@@ -111,7 +111,7 @@ class Builder
             uint16_t at = static_cast<uint16_t>(modes_.at(command.modes.front()));
             for (std::size_t i = 0; i < form.size(); ++i) {
                 const std::optional<uint16_t> child =
-                    word_node(file, at, form[i], help_of(file, command, form[i]));
+                    word_node(file, command.module, at, form[i], help_of(file, command, form[i]));
                 if (!child)
                     return;
                 at = *child;
@@ -134,8 +134,8 @@ class Builder
     }
 
     // The node of word under parent: the one already there, or a new one.
-    std::optional<uint16_t> word_node(const CommandFile &file, uint16_t parent, const Word &word,
-                                      const std::string &help)
+    std::optional<uint16_t> word_node(const CommandFile &file, const std::string &module, uint16_t parent,
+                                      const Word &word, const std::string &help)
     {
         if (const std::optional<ChildRef> found = find_child(parent, word)) {
             const ChildRef c = *found;
@@ -163,7 +163,7 @@ class Builder
         node.fields.name = shown(word, word.names);
         node.fields.token = word.keyword;
         node.fields.help = help;
-        node.fields.module = file.module;
+        node.fields.module = module;
         node.fields.optional = word.optional ? 1 : 0;
         node.fields.params = word.params;
         for (ParamFields &p : node.fields.params)
@@ -243,7 +243,7 @@ class Builder
     // The "no" keyword of a mode, made on first use.
     std::optional<uint16_t> no_node(const CommandFile &file, const CommandDecl &command, uint16_t mode)
     {
-        return word_node(file, mode, Word{"no", {}, {}, false, command.at}, kNoHelp);
+        return word_node(file, command.module, mode, Word{"no", {}, {}, false, command.at}, kNoHelp);
     }
 
     void add_link(const CommandFile &file, Position at, uint16_t parent, uint16_t target)

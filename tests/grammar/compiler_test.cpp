@@ -1,5 +1,6 @@
 // Command declarations compiled to a tree: the nodes they make, every error
 // an author can make with its place, and the sample grammars.
+#include "command_writer.h"
 #include "compiler.h"
 #include "node_layer.h"
 #include "param_types.h"
@@ -167,12 +168,24 @@ TEST(Compiler, SampleGrammarsMakeOneWalkableTreeOfEveryTypeAUserTypes)
         typable.insert(code);
     EXPECT_EQ(used, typable);
 
-    // The node layer of the tree compiles back to it byte for byte.
-    wex_grammar::Diagnostics again;
-    const auto nodes =
-        wex_grammar::compile({{"main.nodes", wex_grammar::write_node_layer(image->bytes)}}, again);
-    ASSERT_TRUE(nodes) << again.report();
-    EXPECT_EQ(nodes->bytes, image->bytes);
+    // Both layers of the tree compile back to it byte for byte.
+    const std::optional<std::string> commands = wex_grammar::write_command_layer(image->bytes);
+    ASSERT_TRUE(commands);
+    for (const std::string &text : {*commands, wex_grammar::write_node_layer(image->bytes)}) {
+        wex_grammar::Diagnostics again;
+        const auto back = wex_grammar::compile({{"back.tree", text}}, again);
+        ASSERT_TRUE(back) << again.report();
+        EXPECT_EQ(back->bytes, image->bytes);
+    }
+    // The images no declaration makes are left to the node layer: a root
+    // that is not exec, a word that completes nothing.
+    std::vector<uint8_t> renamed = image->bytes;
+    renamed[0] = 'X';
+    EXPECT_FALSE(wex_grammar::write_command_layer(renamed));
+    std::vector<uint8_t> dangling = image->bytes;
+    dangling[WEX_NODE_SIZE * 2 + offsetof(parse_tree_node, action) + 3] &=
+        static_cast<uint8_t>(~WEX_ACTION_TERMINAL);
+    EXPECT_FALSE(wex_grammar::write_command_layer(dangling));
 }
 
 } // namespace

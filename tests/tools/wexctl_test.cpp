@@ -244,6 +244,8 @@ TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
                        "node 0\n  name \"n0\"\n  child 1\n  link 2\n"
                        "node 1\n  name \"n1\"\n  child 2\n"
                        "node 2\n  name \"n2\"\n");
+    // No declaration makes a root named n0: without --nodes too, the nodes.
+    EXPECT_EQ(wexctl({"tree", "decompile", image}).out, run.out);
     std::ofstream(dir + "/t.tree") << run.out;
     const std::string head = "digraph parse_tree {\n  node [fontname=\"Helvetica\", fontsize=10];\n"
                              "  edge [arrowsize=0.6];\n";

@@ -3,6 +3,7 @@
 #include "input_file.h"
 #include "node_layer.h"
 #include "output_file.h"
+#include "command_writer.h"
 #include "compiler.h"
 #include "graph.h"
 #include "image_check.h"
@@ -111,12 +112,17 @@ int graph_command(const Args &args)
     return graph(args[1], static_cast<uint32_t>(from), static_cast<uint32_t>(depth));
 }
 
-int decompile(const std::string &path)
+// The command layer where the image can be written in it, else the node
+// layer; --nodes asks for the node layer.
+int decompile(const std::string &path, bool nodes)
 {
     const std::optional<std::string> image = read_image(path);
     if (!image)
         return 2;
-    std::fputs(wex_grammar::write_node_layer(bytes_of(*image)).c_str(), stdout);
+    const std::optional<std::string> commands =
+        nodes ? std::nullopt : wex_grammar::write_command_layer(bytes_of(*image));
+    std::fputs(commands ? commands->c_str() : wex_grammar::write_node_layer(bytes_of(*image)).c_str(),
+               stdout);
     return 0;
 }
 
@@ -145,7 +151,7 @@ int run_tree_command(const Args &args)
     if (args[0] == "decompile") {
         if (args.size() < 2 || args.size() > 3 || (args.size() == 3 && args[2] != "--nodes"))
             return tree_usage_error("tree decompile needs IN.par [--nodes]");
-        return decompile(args[1]);
+        return decompile(args[1], args.size() == 3);
     }
     if (args[0] == "graph")
         return graph_command(args);
