@@ -48,16 +48,16 @@ class Cursor
 class Reader
 {
   public:
-    Reader(const std::string &file, Diagnostics &diagnostics) : file_(file), diagnostics_(diagnostics)
+    Reader(CommandFile &file, Diagnostics &diagnostics, const CommandSink &each_command)
+        : file_(file.name), diagnostics_(diagnostics), result_(file), each_command_(each_command)
     {
-        result_.name = file;
     }
 
-    CommandFile run(std::string_view text)
+    void run(std::string_view text)
     {
         tokenize_lines(text, file_, diagnostics_,
                        [this](std::span<const Token> tokens) { read_line(Cursor(tokens)); });
-        return std::move(result_);
+        hand_over();
     }
 
   private:
@@ -72,11 +72,17 @@ class Reader
         }
         line.take();
         if (key.at.column > 1 && key.value != "command") {
-            if (result_.commands.empty())
+            if (pending_)
+                read_attribute(key, line, *pending_);
+            else if (!skipping_attributes_)
                 error(key.at, "an indented line belongs to a command; none comes before it");
-            else
-                read_attribute(key, line, result_.commands.back());
-        } else if (key.value == "module") {
+            if (!line.done())
+                error(line.at(), "unexpected '" + line.peek()->value + "' at the end of the line");
+            return;
+        }
+        hand_over();
+        skipping_attributes_ = key.value == "command"; // until the command is read whole
+        if (key.value == "module") {
             read_name(key, line, sizeof(parse_tree_node::module_id), module_);
         } else if (key.value == "help") {
             read_file_help(key, line);
@@ -260,8 +266,10 @@ class Reader
             return;
         }
         command.forms = spell_out(elements, optional_parts, key.at);
-        if (!command.forms.empty())
-            result_.commands.push_back(std::move(command));
+        if (!command.forms.empty()) {
+            pending_ = std::move(command);
+            skipping_attributes_ = false;
+        }
     }
 
     bool read_modes(const Token &key, Cursor &line, std::vector<std::string> &modes)
@@ -545,10 +553,21 @@ class Reader
         return true;
     }
 
+    // The command read last, complete once the next statement begins.
+    void hand_over()
+    {
+        if (pending_)
+            each_command_(result_, std::move(*pending_));
+        pending_.reset();
+    }
+
     const std::string &file_;
     Diagnostics &diagnostics_;
-    CommandFile result_;
-    std::string module_; // the module of the commands from here on
+    CommandFile &result_;
+    const CommandSink &each_command_;
+    std::optional<CommandDecl> pending_;
+    bool skipping_attributes_ = false; // of a command whose line was wrong
+    std::string module_;               // the module of the commands from here on
     Position last_close_;
 };
 
@@ -559,9 +578,10 @@ bool is_node_layer(std::string_view text)
     return first_word(text) == "node";
 }
 
-CommandFile read_command_layer(std::string_view text, const std::string &file, Diagnostics &diagnostics)
+void read_command_layer(std::string_view text, CommandFile &file, Diagnostics &diagnostics,
+                        const CommandSink &each_command)
 {
-    return Reader(file, diagnostics).run(text);
+    Reader(file, diagnostics, each_command).run(text);
 }
 
 } // namespace wex_grammar

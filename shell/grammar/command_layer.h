@@ -7,6 +7,7 @@
 #include "diagnostics.h"
 #include "node_record.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -46,18 +47,23 @@ struct CommandDecl {
     Position enters_at;
 };
 
+// A file's statements that hold for the commands after them.
 struct CommandFile {
     std::string name;                                    // for messages
     std::unordered_map<std::string, std::string> help;   // file-wide help by word
     std::unordered_map<std::string, uint32_t> token_ids; // by keyword
-    std::vector<CommandDecl> commands;
 };
+
+using CommandSink = std::function<void(const CommandFile &, CommandDecl &&)>;
 
 // Whether text is written in the node layer (its first statement is "node").
 bool is_node_layer(std::string_view text);
 
-// The declarations of a command-layer text; errors go to diagnostics.
-CommandFile read_command_layer(std::string_view text, const std::string &file, Diagnostics &diagnostics);
+// Reads a command-layer text into file, handing each command to each_command
+// once its attribute lines are read; errors go to diagnostics. A help or
+// token line holds for the commands after it.
+void read_command_layer(std::string_view text, CommandFile &file, Diagnostics &diagnostics,
+                        const CommandSink &each_command);
 
 } // namespace wex_grammar
 

@@ -4,6 +4,8 @@
 #include "image_check.h"
 #include "tree_builder.h"
 
+#include <deque>
+
 namespace wex_grammar
 {
 namespace
@@ -20,12 +22,17 @@ std::optional<CompiledImage> parse(const std::vector<Source> &sources, Diagnosti
                           "a node-layer text describes a whole image and is compiled alone");
         return std::nullopt;
     }
-    std::vector<CommandFile> files;
-    for (const Source &source : sources)
-        files.push_back(read_command_layer(source.text, source.name, diagnostics));
-    if (diagnostics.any())
-        return std::nullopt;
-    return build_tree(files, diagnostics);
+    // Each command is built as soon as it is read, so a large grammar is
+    // never held whole as declarations.
+    std::deque<CommandFile> files;
+    TreeBuilder builder(diagnostics);
+    for (const Source &source : sources) {
+        files.push_back(CommandFile{source.name, {}, {}});
+        read_command_layer(
+            source.text, files.back(), diagnostics,
+            [&](const CommandFile &file, CommandDecl &&command) { builder.add(file, std::move(command)); });
+    }
+    return builder.finish();
 }
 
 // What the walks need, from the first node; each problem where its node

@@ -54,27 +54,31 @@ class Builder
         modes_["exec"] = 0;
     }
 
-    std::optional<CompiledImage> run(const std::vector<CommandFile> &files)
+    void add(const CommandFile &file, CommandDecl &&command)
+    {
+        if (modes_known(command))
+            build(file, command);
+        else
+            waiting_.emplace_back(&file, std::move(command));
+    }
+
+    std::optional<CompiledImage> finish()
     {
         // A mode is known once the command that enters it is built, which
         // may come later in the files: build in rounds until none is left.
-        std::vector<std::pair<const CommandFile *, const CommandDecl *>> waiting;
-        for (const CommandFile &file : files)
-            for (const CommandDecl &command : file.commands)
-                waiting.emplace_back(&file, &command);
-        while (!waiting.empty()) {
-            std::vector<std::pair<const CommandFile *, const CommandDecl *>> later;
-            for (const auto &[file, command] : waiting) {
-                if (modes_known(*command))
-                    build(*file, *command);
+        while (!waiting_.empty()) {
+            std::vector<std::pair<const CommandFile *, CommandDecl>> later;
+            for (auto &[file, command] : waiting_) {
+                if (modes_known(command))
+                    build(*file, command);
                 else
-                    later.push_back({file, command});
+                    later.emplace_back(file, std::move(command));
             }
-            if (later.size() == waiting.size()) {
+            if (later.size() == waiting_.size()) {
                 report_unknown_modes(later);
                 break;
             }
-            waiting = std::move(later);
+            waiting_ = std::move(later);
         }
         if (diagnostics_.any())
             return std::nullopt;
@@ -95,12 +99,12 @@ class Builder
         return true;
     }
 
-    void report_unknown_modes(const std::vector<std::pair<const CommandFile *, const CommandDecl *>> &left)
+    void report_unknown_modes(const std::vector<std::pair<const CommandFile *, CommandDecl>> &left)
     {
         for (const auto &[file, command] : left)
-            for (const std::string &mode : command->modes)
+            for (const std::string &mode : command.modes)
                 if (!modes_.count(mode))
-                    error(file->name, command->at, "no command enters the mode '" + mode + "'");
+                    error(file->name, command.at, "no command enters the mode '" + mode + "'");
     }
 
     void build(const CommandFile &file, const CommandDecl &command)
@@ -336,14 +340,30 @@ class Builder
     Diagnostics &diagnostics_;
     std::vector<Node> nodes_;
     std::map<std::string, std::size_t> modes_;
-    std::unordered_map<std::string, ChildRef> keyword_children_; // by parent and keyword
+    std::vector<std::pair<const CommandFile *, CommandDecl>> waiting_; // for modes not yet entered
+    std::unordered_map<std::string, ChildRef> keyword_children_;       // by parent and keyword
 };
 
 } // namespace
 
-std::optional<CompiledImage> build_tree(const std::vector<CommandFile> &files, Diagnostics &diagnostics)
+class TreeBuilder::Impl : public Builder
 {
-    return Builder(diagnostics).run(files);
+  public:
+    using Builder::Builder;
+};
+
+TreeBuilder::TreeBuilder(Diagnostics &diagnostics) : impl_(std::make_unique<Impl>(diagnostics)) {}
+
+TreeBuilder::~TreeBuilder() = default;
+
+void TreeBuilder::add(const CommandFile &file, CommandDecl &&command)
+{
+    impl_->add(file, std::move(command));
+}
+
+std::optional<CompiledImage> TreeBuilder::finish()
+{
+    return impl_->finish();
 }
 
 } // namespace wex_grammar

@@ -9,14 +9,33 @@
 #include "diagnostics.h"
 #include "node_layer.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
 
 namespace wex_grammar
 {
 
-// The image, or nothing when diagnostics received errors.
-std::optional<CompiledImage> build_tree(const std::vector<CommandFile> &files, Diagnostics &diagnostics);
+class TreeBuilder
+{
+  public:
+    explicit TreeBuilder(Diagnostics &diagnostics);
+    ~TreeBuilder();
+    TreeBuilder(const TreeBuilder &) = delete;
+    TreeBuilder &operator=(const TreeBuilder &) = delete;
+
+    // Builds the command now when its modes are known, else once they are;
+    // file must outlive the builder.
+    void add(const CommandFile &file, CommandDecl &&command);
+
+    // The image once every command is in, or nothing when diagnostics
+    // received errors.
+    std::optional<CompiledImage> finish();
+
+  private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
 
 } // namespace wex_grammar
 
