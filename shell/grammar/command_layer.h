@@ -17,6 +17,9 @@
 namespace wex_grammar
 {
 
+// The help of the "no" keyword that a negatable command's modes get.
+inline constexpr const char *kNegationHelp = "Negate a command or set its defaults";
+
 // One node of a command: a keyword, or one or two parameters.
 struct Word {
     std::string keyword;             // empty for parameters

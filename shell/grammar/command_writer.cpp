@@ -1,13 +1,12 @@
 #include "command_writer.h"
 
+#include "command_layer.h"
 #include "compiler.h"
 #include "node_record.h"
 #include "param_types.h"
 #include "source_text.h"
 
 #include <algorithm>
-#include <cinttypes>
-#include <cstdio>
 #include <map>
 #include <set>
 
@@ -15,8 +14,6 @@ namespace wex_grammar
 {
 namespace
 {
-
-constexpr const char *kNoHelp = "Negate a command or set its defaults";
 
 // Something the text must say, at the point where the compiler made it:
 // a command, or a command said again to add a link to it.
@@ -27,13 +24,6 @@ struct Event {
     std::optional<std::size_t> optional_from, optional_to; // the optional part, in path
     bool negatable = false;
 };
-
-std::string hex(uint64_t value)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%" PRIx64, value);
-    return text;
-}
 
 class Writer
 {
@@ -218,7 +208,7 @@ class Writer
     bool is_no_node(std::size_t n) const
     {
         const NodeFields &f = nodes_[n];
-        return f.token == "no" && f.help == kNoHelp && !f.children.empty() &&
+        return f.token == "no" && f.help == kNegationHelp && !f.children.empty() &&
                std::all_of(f.children.begin(), f.children.end(), [](const ChildRef &c) { return c.link; });
     }
 
@@ -271,22 +261,8 @@ class Writer
             return name;
         const ParamType *type = type_by_code(p.type);
         const std::string head = name + ":" + (type ? std::string(type->word) : "?");
-        switch (type ? type->bounds : Bounds::none) {
-        case Bounds::length:
-            return head + " " + std::to_string(p.min);
-        case Bounds::uri_mask:
-            return head + " " + hex(p.min);
-        case Bounds::decimal:
-            return head + " " + std::to_string(static_cast<int32_t>(p.min)) + ".." +
-                   std::to_string(static_cast<int32_t>(p.max));
-        case Bounds::hex:
-            return head + " " + hex(p.min) + ".." + hex(p.max);
-        case Bounds::interfaces:
-            return head + " " + hex(p.mask);
-        case Bounds::none:
-            break;
-        }
-        return head;
+        const std::string bounds = type ? bounds_text(p, type->bounds) : "";
+        return bounds.empty() ? head : head + " " + bounds;
     }
 
     std::string help_key(std::size_t n) const
@@ -366,7 +342,7 @@ class Writer
         if (f.priority)
             line("priority", std::to_string(f.priority));
         if (f.interface_mask)
-            line("interface-mask", hex(f.interface_mask));
+            line("interface-mask", hex_number(f.interface_mask));
         std::string bits;
         for (std::size_t b = 0; b < 128; ++b)
             if (f.permissions[b / 8] & (0x80u >> (b % 8)))

@@ -2,8 +2,8 @@
 
 #include "node_record.h"
 #include "param_types.h"
+#include "source_text.h"
 
-#include <cstdio>
 #include <set>
 
 namespace wex_grammar
@@ -22,30 +22,17 @@ std::string escaped(const std::string &text)
     return out;
 }
 
-std::string number_text(uint32_t value, Bounds bounds)
-{
-    char text[16];
-    if (bounds == Bounds::hex)
-        std::snprintf(text, sizeof text, "0x%x", value);
-    else
-        std::snprintf(text, sizeof text, "%d", static_cast<int32_t>(value));
-    return text;
-}
-
 // The parameter as a command declaration writes it: type word and bounds.
 std::string parameter_label(const ParamFields &p)
 {
     const ParamType *type = type_by_code(p.type);
     if (!type)
-        return "type " + number_text(p.type, Bounds::hex);
-    std::string label(type->word.empty() ? type->name : type->word);
+        return "type " + hex_number(p.type);
+    const std::string label(type->word.empty() ? type->name : type->word);
     if (p.subtype != 0)
         return label + " (subtype " + std::to_string(static_cast<int32_t>(p.subtype)) + ")";
-    if (type->bounds == Bounds::decimal || type->bounds == Bounds::hex)
-        return label + " " + number_text(p.min, type->bounds) + ".." + number_text(p.max, type->bounds);
-    if (type->bounds == Bounds::length)
-        return label + " " + std::to_string(p.min);
-    return label;
+    const std::string bounds = bounds_text(p, type->bounds);
+    return bounds.empty() ? label : label + " " + bounds;
 }
 
 class Drawing

@@ -6,7 +6,6 @@
 #include "source_text.h"
 
 #include <algorithm>
-#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -84,23 +83,6 @@ std::string hex_digits(const uint8_t *bytes, std::size_t count)
     return out;
 }
 
-std::string hex_number(uint64_t value)
-{
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%" PRIx64, value);
-    return text;
-}
-
-// min and max as their type reads them.
-std::string bound_text(uint32_t value, const ParamType *type)
-{
-    if (type && type->bounds == Bounds::hex)
-        return hex_number(value);
-    if (type && type->bounds == Bounds::decimal)
-        return std::to_string(static_cast<int32_t>(value));
-    return std::to_string(value);
-}
-
 void write_param(std::string &out, const ParamFields &p)
 {
     const ParamType *type = type_by_code(p.type);
@@ -111,7 +93,8 @@ void write_param(std::string &out, const ParamFields &p)
         if (value == 0)
             continue;
         out += " " + std::string(n.key) + "=";
-        out += n.wide ? hex_number(value) : bound_text(static_cast<uint32_t>(value), type);
+        out += n.wide ? hex_number(value)
+                      : bound_number(static_cast<uint32_t>(value), type ? type->bounds : Bounds::none);
     }
     if (!p.help.empty())
         out += " help=" + quoted(p.help);

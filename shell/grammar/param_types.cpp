@@ -1,5 +1,7 @@
 #include "param_types.h"
 
+#include "source_text.h"
+
 #include <wex/parse_tree.h>
 
 #include <array>
@@ -87,6 +89,33 @@ const Subtype *subtype_by_placeholder(std::string_view placeholder)
             return &s;
     }
     return nullptr;
+}
+
+std::string bound_number(uint32_t value, Bounds bounds)
+{
+    if (bounds == Bounds::hex)
+        return hex_number(value);
+    if (bounds == Bounds::decimal)
+        return std::to_string(static_cast<int32_t>(value));
+    return std::to_string(value);
+}
+
+std::string bounds_text(const ParamFields &param, Bounds bounds)
+{
+    switch (bounds) {
+    case Bounds::length:
+        return std::to_string(param.min);
+    case Bounds::uri_mask:
+        return hex_number(param.min);
+    case Bounds::decimal:
+    case Bounds::hex:
+        return bound_number(param.min, bounds) + ".." + bound_number(param.max, bounds);
+    case Bounds::interfaces:
+        return hex_number(param.mask);
+    case Bounds::none:
+        break;
+    }
+    return "";
 }
 
 } // namespace wex_grammar

@@ -4,7 +4,10 @@
 #ifndef WEX_GRAMMAR_PARAM_TYPES_H
 #define WEX_GRAMMAR_PARAM_TYPES_H
 
+#include "node_record.h"
+
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace wex_grammar
@@ -39,6 +42,14 @@ const ParamType *type_by_code(uint32_t code);
 const ParamType *type_by_name(std::string_view name);
 const ParamType *type_by_word(std::string_view word);
 const Subtype *subtype_by_placeholder(std::string_view placeholder);
+
+// A min or max as its type reads it: signed decimal, 0x hexadecimal, or
+// unsigned decimal for the types whose numbers are no range.
+std::string bound_number(uint32_t value, Bounds bounds);
+
+// A descriptor's bounds as a command declaration writes them after the
+// type ("64", "1..4094", "0x1..0xef", "0x6"); empty for a type without.
+std::string bounds_text(const ParamFields &param, Bounds bounds);
 
 } // namespace wex_grammar
 

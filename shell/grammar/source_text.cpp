@@ -1,5 +1,6 @@
 #include "source_text.h"
 
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 
@@ -192,6 +193,13 @@ std::string_view first_word(std::string_view text)
     while (end < text.size() && !ends_word(text[end]))
         ++end;
     return text.substr(i, end - i);
+}
+
+std::string hex_number(uint64_t value)
+{
+    char text[24];
+    std::snprintf(text, sizeof text, "0x%" PRIx64, value);
+    return text;
 }
 
 std::string quoted(std::string_view text)

@@ -42,6 +42,9 @@ int hex_digit(char c);
 // decimal is taken in two's complement for widths up to 4.
 std::optional<uint64_t> parse_number(std::string_view word, int width);
 
+// value as 0x and lowercase hexadecimal digits.
+std::string hex_number(uint64_t value);
+
 // text as a quoted text that tokenize reads back exactly: '"' and '\'
 // escaped, bytes outside printable ASCII as \xHH.
 std::string quoted(std::string_view text);

@@ -11,7 +11,6 @@ namespace
 {
 
 constexpr std::size_t kDeepest = WEX_TREE_MAX_DEPTH - 1; // levels below the root the walks reach
-constexpr const char *kNoHelp = "Negate a command or set its defaults";
 
 struct Node {
     NodeFields fields;
@@ -247,7 +246,7 @@ class Builder
     // The "no" keyword of a mode, made on first use.
     std::optional<uint16_t> no_node(const CommandFile &file, const CommandDecl &command, uint16_t mode)
     {
-        return word_node(file, command.module, mode, Word{"no", {}, {}, false, command.at}, kNoHelp);
+        return word_node(file, command.module, mode, Word{"no", {}, {}, false, command.at}, kNegationHelp);
     }
 
     void add_link(const CommandFile &file, Position at, uint16_t parent, uint16_t target)
