@@ -5,9 +5,13 @@ namespace wex_grammar
 
 void Diagnostics::error(const std::string &file, Position at, const std::string &message)
 {
+    error(file + ":" + std::to_string(at.line) + ":" + std::to_string(at.column), message);
+}
+
+void Diagnostics::error(const std::string &file, const std::string &message)
+{
     if (++count_ <= kListed)
-        listed_.push_back(file + ":" + std::to_string(at.line) + ":" + std::to_string(at.column) + ": " +
-                          message);
+        listed_.push_back(file + ": " + message);
 }
 
 std::string Diagnostics::report() const

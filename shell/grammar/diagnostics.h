@@ -25,6 +25,8 @@ class Diagnostics
 
     // Records "FILE:LINE:COLUMN: message".
     void error(const std::string &file, Position at, const std::string &message);
+    // Records "FILE: message", for a file that has no lines (an image).
+    void error(const std::string &file, const std::string &message);
 
     bool any() const { return count_ > 0; }
     std::size_t count() const { return count_; }

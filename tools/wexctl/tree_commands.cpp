@@ -6,6 +6,7 @@
 #include "command_writer.h"
 #include "compiler.h"
 #include "graph.h"
+#include "image_merge.h"
 #include "image_check.h"
 
 #include <wex/parse_tree.h>
@@ -29,12 +30,15 @@ constexpr const char *kTreeUsage =
     "usage: wexctl tree compile SRC... -o OUT.par\n"
     "       wexctl tree decompile IN.par [--nodes]\n"
     "       wexctl tree graph IN.par [--from NODE] [--depth N]\n"
+    "       wexctl tree merge IN.par... -o OUT.par\n"
     "compile turns grammar texts (command declarations, or one text of node stanzas) into a .par\n"
     "image in network order, written whole or not at all; every error is named FILE:LINE:COLUMN.\n"
     "decompile writes an image as grammar text on\n"
     "standard output, one stanza per node (--nodes). graph writes the tree from NODE (default 0),\n"
     "N levels deep (default all), as Graphviz DOT: keywords boxed, parameters round, submodes bold,\n"
-    "the last words of commands doubled, links dashed. Exit status: 0 done, 1 an invalid image,\n"
+    "the last words of commands doubled, links dashed. merge makes one tree of several images, as\n"
+    "wexd makes the main tree: words at the same place are one node, whose fields must agree.\n"
+    "Exit status: 0 done, 1 an invalid image,\n"
     "2 errors or trouble.\n";
 
 int tree_usage_error(const std::string &why)
@@ -112,6 +116,33 @@ int graph_command(const Args &args)
     return graph(args[1], static_cast<uint32_t>(from), static_cast<uint32_t>(depth));
 }
 
+int merge(const Args &inputs, const std::string &output)
+{
+    std::vector<std::string> images;
+    for (const std::string &path : inputs) {
+        std::optional<std::string> image = read_image(path);
+        if (!image)
+            return 2;
+        const wex_grammar::ImageCheck check =
+            wex_grammar::check_image(wex_grammar::shape_of(bytes_of(*image)), image->size(), 0);
+        for (const wex_grammar::Problem &problem : check.problems)
+            std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), problem.line().c_str());
+        if (!check.problems.empty())
+            return 1;
+        images.push_back(std::move(*image));
+    }
+    std::vector<wex_grammar::NamedImage> named;
+    for (std::size_t i = 0; i < images.size(); ++i)
+        named.push_back({inputs[i], bytes_of(images[i])});
+    wex_grammar::Diagnostics diagnostics;
+    const std::optional<std::vector<uint8_t>> merged = wex_grammar::merge_images(named, diagnostics);
+    if (!merged) {
+        std::fputs(diagnostics.report().c_str(), stderr);
+        return 2;
+    }
+    return wex_tools::write_file_whole(kProgram, output, *merged) ? 0 : 2;
+}
+
 // The command layer where the image can be written in it, else the node
 // layer; --nodes asks for the node layer.
 int decompile(const std::string &path, bool nodes)
@@ -155,7 +186,12 @@ int run_tree_command(const Args &args)
     }
     if (args[0] == "graph")
         return graph_command(args);
-    return tree_usage_error("tree needs compile, decompile or graph");
+    if (args[0] == "merge") {
+        if (args.size() < 4 || args[args.size() - 2] != "-o")
+            return tree_usage_error("tree merge needs IN.par... -o OUT.par");
+        return merge(Args(args.begin() + 1, args.end() - 2), args.back());
+    }
+    return tree_usage_error("tree needs compile, decompile, graph or merge");
 }
 
 } // namespace wexctl
