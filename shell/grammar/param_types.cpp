@@ -91,6 +91,15 @@ const Subtype *subtype_by_placeholder(std::string_view placeholder)
     return nullptr;
 }
 
+const Subtype *subtype_by_code(int32_t code, uint32_t type)
+{
+    for (const Subtype &s : kSubtypes) {
+        if (s.code == code && s.type == type)
+            return &s;
+    }
+    return nullptr;
+}
+
 std::string bound_number(uint32_t value, Bounds bounds)
 {
     if (bounds == Bounds::hex)

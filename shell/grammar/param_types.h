@@ -42,6 +42,9 @@ const ParamType *type_by_code(uint32_t code);
 const ParamType *type_by_name(std::string_view name);
 const ParamType *type_by_word(std::string_view word);
 const Subtype *subtype_by_placeholder(std::string_view placeholder);
+// The placeholder of subtype code for a parameter of type (the -hex forms
+// are the hexadecimal parameters of their code).
+const Subtype *subtype_by_code(int32_t code, uint32_t type);
 
 // A min or max as its type reads it: signed decimal, 0x hexadecimal, or
 // unsigned decimal for the types whose numbers are no range.

@@ -82,7 +82,7 @@ int wait_exit(pid_t pid)
 
 } // namespace
 
-SimProcess::SimProcess(const std::string &role_config)
+SimProcess::SimProcess(const std::string &role_config, const std::vector<std::string> &more_args)
 {
     char pattern[] = "/tmp/wexd-sim-test-XXXXXX";
     dir_ = mkdtemp(pattern);
@@ -94,6 +94,7 @@ SimProcess::SimProcess(const std::string &role_config)
         std::fclose(file);
         args = {"--config", path};
     }
+    args.insert(args.end(), more_args.begin(), more_args.end());
     int fds[2];
     if (pipe(fds) != 0)
         return;

@@ -13,9 +13,10 @@ namespace wex_test
 class SimProcess
 {
   public:
-    // Starts wexd-sim with the roles file text (empty: no file) and waits
-    // for it to serve; ready() tells whether it did.
-    explicit SimProcess(const std::string &role_config);
+    // Starts wexd-sim with the roles file text (empty: no file) and the
+    // further arguments, and waits for it to serve; ready() tells whether
+    // it did.
+    explicit SimProcess(const std::string &role_config, const std::vector<std::string> &more_args = {});
     ~SimProcess();
     SimProcess(const SimProcess &) = delete;
     SimProcess &operator=(const SimProcess &) = delete;

@@ -6,6 +6,8 @@
 
 #include "support/child_process.h"
 #include "support/raw_peer.h"
+#include "compiler.h"
+#include "node_record.h"
 #include "tools/sim_process.h"
 
 #include "bcp.h"
@@ -18,6 +20,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -97,7 +100,7 @@ TEST_F(WexdSimTest, InterfacesTreesAndSubtypesAreKept)
     ASSERT_EQ(wexd_tree_table_get(q_, &trees), 0);
     EXPECT_EQ(std::to_string(trees->last_index) + " " + trees->entries[0].par_file_name, "0 zone.cmd");
     std::free(trees);
-    EXPECT_EQ(wexd_generate_main_tree(q_), 1);
+    EXPECT_EQ(wexd_generate_main_tree(q_), -1); // no par directory to make it in
 
     // One-way messages: their queues are served apart from wexd's, so the
     // test waits for the simulator to log them before reading their effect.
@@ -286,6 +289,72 @@ TEST_F(WexdSimTest, HostilePeersNeitherStallNorGrowIt)
     EXPECT_EQ(ipcq_send(q_, WEX_DEST_ADDRESS, 99, 1, nullptr, 0, nullptr, 0, nullptr), -1);
     EXPECT_EQ(errno, ENOENT);
     EXPECT_EQ(sim_.log().find("4242"), std::string::npos); // the unknown kind reached no handler
+}
+
+std::vector<uint8_t> compiled_sample(const std::vector<std::string> &names)
+{
+    std::vector<wex_grammar::Source> sources;
+    for (const std::string &name : names) {
+        std::ifstream in(std::string(WEX_EXAMPLES_DIR) + "/trees/" + name);
+        sources.push_back({name, std::string(std::istreambuf_iterator<char>(in), {})});
+    }
+    wex_grammar::Diagnostics diagnostics;
+    const auto image = wex_grammar::compile(sources, diagnostics);
+    EXPECT_TRUE(image) << diagnostics.report();
+    return image ? image->bytes : std::vector<uint8_t>{};
+}
+
+void write_bytes(const std::string &path, const std::vector<uint8_t> &bytes)
+{
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBad)
+{
+    const std::string par = std::string(WEX_TEST_SANDBOX) + "/par";
+    std::filesystem::remove_all(par);
+    std::filesystem::create_directories(par);
+    const std::vector<uint8_t> exec = compiled_sample({"exec.tree"}),
+                               zone = compiled_sample({"exec.tree", "zone.tree"});
+    write_bytes(par + "/exec.par", exec);
+    write_bytes(par + "/zone.par", zone);
+    write_bytes(par + "/broken.par", std::vector<uint8_t>(1500, 0x55));
+    write_bytes(par + "/main_tree4.par", exec); // left by a wexd before: removed at start, 5 is next
+
+    SimProcess sim("", {"--par-dir", par});
+    ASSERT_TRUE(sim.ready()) << sim.log();
+    setenv("IPCQ_RUNTIME_DIR", sim.runtime_dir().c_str(), 1);
+    const int q = ipcq_open(WEX_DEST_ADDRESS, 4400);
+    const int32_t slots[2] = {1, 16};
+    ASSERT_EQ(wexd_param_subtype_register(q, -1, slots), 0);
+    ASSERT_TRUE(sim.wait_for_log("<module> 1..16"));
+    ASSERT_EQ(wex_register_parse_tree(q, "zone"), 0);
+    EXPECT_EQ(wexd_generate_main_tree(q), 6);
+    EXPECT_FALSE(std::filesystem::exists(par + "/main_tree4.par"));
+
+    // The zone commands joined the base ones, and "show module <module>"
+    // takes the slots the hardware has.
+    std::ifstream in(par + "/main_tree6.par", std::ios::binary);
+    const std::vector<uint8_t> main(std::istreambuf_iterator<char>(in), {});
+    ASSERT_EQ(main.size(), zone.size());
+    bool bounded = false;
+    for (std::size_t at = 0; at < main.size(); at += WEX_NODE_SIZE) {
+        const wex_grammar::NodeFields node = wex_grammar::decode_record(&main[at]);
+        if (node.name == "<module>")
+            bounded = node.params.front().min == 1 && node.params.front().max == 16;
+    }
+    EXPECT_TRUE(bounded);
+
+    ASSERT_EQ(wex_register_parse_tree(q, "broken"), 0);
+    EXPECT_EQ(wexd_generate_main_tree(q), -1);
+    EXPECT_FALSE(std::filesystem::exists(par + "/main_tree7.par"));
+    ipcq_close(q);
+    unsetenv("IPCQ_RUNTIME_DIR");
+    EXPECT_EQ(sim.stop(), 0);
+    EXPECT_NE(sim.log().find("refused: tree broken.par: size 1500 is not a whole number of 1000-byte nodes"),
+              std::string::npos)
+        << sim.log();
 }
 
 TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)

@@ -1,5 +1,6 @@
 #include "handlers.h"
 
+#include "main_tree.h"
 #include "message_log.h"
 #include "sim_replies.h"
 
@@ -346,11 +347,18 @@ void on_tree_table_get(ServedQueue &queue, const ipcq_request_info_t &request, i
     reply_bytes(response, &table, sizeof table);
 }
 
+// The previous main tree stays current when the new one is refused.
 void on_main_tree_generate(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
 {
-    const int32_t trees = queue.state->trees.last_index + 1;
-    log_request(queue.number, request, "generated from " + std::to_string(trees) + " trees");
-    reply_bytes(response, &trees, sizeof trees);
+    if (queue.state->par_dir.empty())
+        return fail(queue, request, response, "no par directory (--par-dir)");
+    const GeneratedTree tree = generate_main_tree(*queue.state);
+    if (!tree.number)
+        return fail(queue, request, response, tree.report);
+    queue.state->dynamic_parfile = queue.state->par_dir + "/" + wexd_get_current_dynamic_parfile_name();
+    log_request(queue.number, request, tree.report);
+    const int32_t number = static_cast<int32_t>(*tree.number);
+    reply_bytes(response, &number, sizeof number);
 }
 
 void on_dynamic_range(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)

@@ -34,7 +34,7 @@ constexpr uint32_t kQueues[] = {WEXD_QUEUE, PARSE_TREE_QUEUE, ASCII_CFG_SERVER_Q
 
 void usage(std::FILE *to)
 {
-    std::fputs("usage: wexd-sim [--config FILE] [--log-level events|messages]\n"
+    std::fputs("usage: wexd-sim [--config FILE] [--log-level events|messages] [--par-dir DIR]\n"
                "Serves wexd (queue 37), parse-tree registration (296), the configuration server (76)\n"
                "and notifications (0) at address fe000000 on the transport under $IPCQ_RUNTIME_DIR,\n"
                "logging one line per message (--log-level events: only starting, reloading and\n"
@@ -43,7 +43,9 @@ void usage(std::FILE *to)
                "  role ops Operators of the fabric\n"
                "  rule 1 permit show all\n"
                "  rule 3 deny config feature zone\n"
-               "  locale fr_FR\n",
+               "  locale fr_FR\n"
+               "DIR holds exec.par and each registered module's <module>.par; a main-tree request merges\n"
+               "them into the next main_tree<N>.par there (the highest one found at start is removed).\n",
                to);
 }
 
@@ -141,6 +143,11 @@ int main(int argc, char **argv)
         }
         if (args[i] == "--log-level" && i + 1 < args.size() && log_level_of(args[i + 1])) {
             wexd_sim::set_log_level(*log_level_of(args[++i]));
+            continue;
+        }
+        if (args[i] == "--par-dir" && i + 1 < args.size()) {
+            state->par_dir = args[++i];
+            wexd_dynamic_parfile_init(state->par_dir.c_str());
             continue;
         }
         if (args[i] == "--config" && i + 1 < args.size()) {

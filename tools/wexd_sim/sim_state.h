@@ -23,7 +23,8 @@ struct SimState {
     intf_table interfaces{};
     tree_table trees{};
     wexd_wex_config config{};
-    std::string dynamic_parfile = "/tarn/etc/par/dynamic_1.par";
+    std::string dynamic_parfile = "/tarn/etc/par/dynamic_1.par"; // the current main tree's path
+    std::string par_dir; // where the trees and main trees are; empty: no main tree is made
     bool cli_locked = false;
     uint32_t cli_holder = 0;
     std::vector<wexd_perm_group_entry> roles;
