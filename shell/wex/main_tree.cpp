@@ -1,0 +1,93 @@
+#include "main_tree.h"
+
+#include "image_check.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace wex_shell
+{
+namespace
+{
+
+constexpr std::size_t kMaxBytes = wex_grammar::kMaxImageNodes * WEX_NODE_SIZE;
+
+class File
+{
+  public:
+    explicit File(const std::string &path) : fd_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+    ~File()
+    {
+        if (fd_ >= 0)
+            close(fd_);
+    }
+    File(const File &) = delete;
+    File &operator=(const File &) = delete;
+    int fd() const { return fd_; }
+
+  private:
+    int fd_;
+};
+
+bool read_whole(int fd, void *into, std::size_t size)
+{
+    auto *at = static_cast<char *>(into);
+    while (size > 0) {
+        const ssize_t got = read(fd, at, size);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            return false;
+        at += got;
+        size -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+} // namespace
+
+std::optional<MainTree> MainTree::load(const std::string &path, std::string &why)
+{
+    const File file(path);
+    struct stat status {
+    };
+    if (file.fd() < 0 || fstat(file.fd(), &status) != 0) {
+        why = "main tree " + path + ": " + std::strerror(errno);
+        return std::nullopt;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        why = "main tree " + path + ": not a regular file";
+        return std::nullopt;
+    }
+    const auto bytes = static_cast<std::size_t>(status.st_size);
+    if (bytes == 0 || bytes % WEX_NODE_SIZE != 0 || bytes > kMaxBytes) {
+        why = "main tree " + path + ": " + std::to_string(bytes) + " bytes is not an image of whole " +
+              std::to_string(WEX_NODE_SIZE) + "-byte nodes";
+        return std::nullopt;
+    }
+    const std::size_t count = bytes / WEX_NODE_SIZE;
+    std::unique_ptr<parse_tree_node[]> nodes(new parse_tree_node[count]);
+    if (!read_whole(file.fd(), nodes.get(), bytes)) {
+        why = "main tree " + path + ": changed size while it was read";
+        return std::nullopt;
+    }
+    const std::span image(reinterpret_cast<uint8_t *>(nodes.get()), bytes);
+    wex_grammar::ImageCheck check = wex_grammar::check_image(wex_grammar::shape_of(image), bytes, 0);
+    if (check.walkable)
+        wex_grammar::convert_for_walks(image, 0, check);
+    if (!check.problems.empty()) {
+        why = "main tree " + path + ": " + check.problems.front().line();
+        return std::nullopt;
+    }
+    return MainTree(std::move(nodes), count);
+}
+
+void MainTree::make_root() const
+{
+    wex_parse_tree_root_set(nodes_.get());
+}
+
+} // namespace wex_shell

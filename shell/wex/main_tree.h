@@ -1,0 +1,42 @@
+// The main parse tree as the shell walks it: the file read whole, checked
+// before any walk (a bad image is never handed to the library's walks,
+// which end the process past their depth), and converted to host order.
+#ifndef WEX_SHELL_MAIN_TREE_H
+#define WEX_SHELL_MAIN_TREE_H
+
+#include <wex/parse_tree.h>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace wex_shell
+{
+
+class MainTree
+{
+  public:
+    // The tree of the .par file at path, or nothing with why set to what is
+    // wrong: the file, or the image's first problem and its node.
+    static std::optional<MainTree> load(const std::string &path, std::string &why);
+
+    std::size_t size() const { return size_; }
+    const parse_tree_node &node(std::size_t index) const { return nodes_[index]; }
+
+    // Makes this tree the process's parse-tree root; it must outlive that use.
+    void make_root() const;
+
+  private:
+    MainTree(std::unique_ptr<parse_tree_node[]> nodes, std::size_t size)
+        : nodes_(std::move(nodes)), size_(size)
+    {
+    }
+
+    std::unique_ptr<parse_tree_node[]> nodes_; // one block for the whole tree
+    std::size_t size_;
+};
+
+} // namespace wex_shell
+
+#endif
