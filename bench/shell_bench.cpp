@@ -78,11 +78,7 @@ long g_load_allocations = 0;
 // An eight-way tree of 20,000 nodes in network order, as wexd writes it.
 void write_tree(const std::string &path)
 {
-    wex_test::Tree tree(kNodes);
-    for (uint32_t i = 0; i < kNodes; ++i)
-        std::snprintf(tree[i].NodeName, sizeof tree[i].NodeName, "node%u", i);
-    for (uint32_t i = 1; i < kNodes; ++i)
-        tree.add_child((i - 1) / 8, static_cast<uint16_t>(i));
+    wex_test::Tree tree = wex_test::make_eight_way(kNodes);
     hton_array_tree(tree.bytes(), 0, 0);
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char *>(tree.bytes()),

@@ -49,11 +49,7 @@ void write_file(const std::string &path, const void *bytes, std::size_t size)
 // An eight-way tree of 20,000 nodes in network order, as a feature ships it.
 void write_image(const std::string &path)
 {
-    wex_test::Tree tree(kImageNodes);
-    for (uint32_t i = 0; i < kImageNodes; ++i)
-        std::snprintf(tree[i].NodeName, sizeof tree[i].NodeName, "node%u", i);
-    for (uint32_t i = 1; i < kImageNodes; ++i)
-        tree.add_child((i - 1) / 8, static_cast<uint16_t>(i));
+    wex_test::Tree tree = wex_test::make_eight_way(kImageNodes);
     hton_array_tree(tree.bytes(), 0, 0);
     write_file(path, tree.bytes(), kImageNodes * sizeof(parse_tree_node));
 }

@@ -31,4 +31,14 @@ Tree make_chain(std::size_t count)
     return image;
 }
 
+Tree make_eight_way(std::size_t count)
+{
+    Tree image(count);
+    for (std::size_t i = 0; i < count; ++i)
+        std::snprintf(image[i].NodeName, sizeof image[i].NodeName, "node%zu", i);
+    for (std::size_t i = 1; i < count; ++i)
+        image.add_child(static_cast<uint32_t>((i - 1) / 8), static_cast<uint16_t>(i));
+    return image;
+}
+
 } // namespace wex_test

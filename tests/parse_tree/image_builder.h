@@ -24,6 +24,10 @@ struct Tree {
 // Nodes 0 .. count - 1, each the only (ordinary) child of the one before.
 Tree make_chain(std::size_t count);
 
+// Nodes "node0" .. count - 1, each node i > 0 an ordinary child of node
+// (i - 1) / 8: a wide, shallow tree the size of a main tree.
+Tree make_eight_way(std::size_t count);
+
 } // namespace wex_test
 
 #endif
