@@ -1,22 +1,37 @@
-// A grammar text as the compiler takes it from an author: any bytes give
-// errors or an image, and an image written back as text compiles to itself.
+// A grammar text as the compiler takes it from an author, in either layer:
+// any bytes give errors or an image; an image written back as node stanzas
+// compiles to itself, and so do declarations whenever they can be written.
+#include "command_writer.h"
+#include "compiler.h"
 #include "harness.h"
 #include "node_layer.h"
 
 #include <cstdint>
 #include <cstdlib>
-#include <string_view>
+#include <string>
+
+namespace
+{
+
+void must_compile_to(const std::string &text, const std::vector<uint8_t> &bytes)
+{
+    wex_grammar::Diagnostics diagnostics;
+    const auto again = wex_grammar::compile({{"again", text}}, diagnostics);
+    if (!again || again->bytes != bytes)
+        std::abort();
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const std::string_view text(reinterpret_cast<const char *>(data), size);
     wex_grammar::Diagnostics diagnostics;
-    const auto image = wex_grammar::read_node_layer(text, "fuzz.tree", diagnostics);
+    const auto image = wex_grammar::compile(
+        {{"fuzz.tree", std::string(reinterpret_cast<const char *>(data), size)}}, diagnostics);
     if (!image)
         return 0;
-    const auto again =
-        wex_grammar::read_node_layer(wex_grammar::write_node_layer(image->bytes), "again", diagnostics);
-    if (!again || again->bytes != image->bytes)
-        std::abort();
+    must_compile_to(wex_grammar::write_node_layer(image->bytes), image->bytes);
+    if (const auto commands = wex_grammar::write_command_layer(image->bytes))
+        must_compile_to(*commands, image->bytes);
     return 0;
 }

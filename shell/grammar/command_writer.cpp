@@ -168,6 +168,15 @@ class Writer
 
     double made_by(std::size_t n) const { return made_by_[n]; }
 
+    // The command that made node n, by its place in events_.
+    std::optional<std::size_t> event_made(std::size_t n) const
+    {
+        for (std::size_t i = 0; i < events_.size(); ++i)
+            if (events_[i].key == made_by_[n])
+                return i;
+        return std::nullopt;
+    }
+
     // The first command through node x, by its place in events_.
     std::optional<std::size_t> command_through(std::size_t x) const
     {
@@ -223,8 +232,13 @@ class Writer
             if (!command || mode_of(x) != mode)
                 return false;
             if (k == 0) {
-                events_[*command].negatable = true;
-                after = events_[*command].key;
+                // The "no" node came right after the nodes of the command
+                // that made it: that command, through x, is the negatable one.
+                const std::optional<std::size_t> maker = event_made(no - 1);
+                if (!maker || events_[*maker].path.front() != x)
+                    return false;
+                events_[*maker].negatable = true;
+                after = events_[*maker].key;
                 continue;
             }
             Event again = events_[*command];

@@ -69,6 +69,13 @@ TEST(Compiler, SharesLeadingWordsAndLinksWhatSeveralModesOffer)
     std::string errors;
     EXPECT_EQ(compiled_nodes({{"t.tree", text}}, errors), expected);
     EXPECT_EQ(errors, "");
+
+    // The "no" node comes after both forms of the negatable command, and
+    // the declarations written back say so.
+    wex_grammar::Diagnostics diagnostics;
+    const auto image = wex_grammar::compile({{"t.tree", text}}, diagnostics);
+    ASSERT_TRUE(image);
+    EXPECT_TRUE(wex_grammar::write_command_layer(image->bytes));
 }
 
 std::string numbered_words(int count)
