@@ -374,15 +374,15 @@ class Reader
             error(open.at, "a node holds at most " + std::to_string(WEX_NODE_MAX_PARAMS) + " parameters");
             return false;
         }
-        const Token *spec = line.take();
-        if (!spec || spec->kind != Token::Kind::word) {
-            error(spec ? spec->at : open.at,
+        const Token *head = line.take();
+        if (!head || head->kind != Token::Kind::word) {
+            error(head ? head->at : open.at,
                   "a parameter is <NAME:TYPE BOUNDS \"help\"> or a subtype like <module>");
             return false;
         }
         ParamFields param;
         std::string name;
-        if (!read_parameter_type(*spec, line, param, name))
+        if (!read_parameter_type(*head, line, param, name))
             return false;
         if (line.peek() && line.peek()->kind == Token::Kind::text) {
             const Token &help = *line.take();
@@ -401,34 +401,34 @@ class Reader
         return true;
     }
 
-    bool read_parameter_type(const Token &spec, Cursor &line, ParamFields &param, std::string &name)
+    bool read_parameter_type(const Token &head, Cursor &line, ParamFields &param, std::string &name)
     {
-        const std::size_t colon = spec.value.find(':');
+        const std::size_t colon = head.value.find(':');
         if (colon == std::string::npos) {
-            const Subtype *subtype = subtype_by_placeholder(spec.value);
+            const Subtype *subtype = subtype_by_placeholder(head.value);
             if (!subtype) {
-                error(spec.at, "unknown subtype '<" + spec.value + ">'; a typed parameter is <NAME:TYPE>");
+                error(head.at, "unknown subtype '<" + head.value + ">'; a typed parameter is <NAME:TYPE>");
                 return false;
             }
             param.type = subtype->type;
             param.subtype = static_cast<uint32_t>(subtype->code);
-            name = spec.value;
+            name = head.value;
             return true;
         }
-        name = spec.value.substr(0, colon);
-        const std::string type_word = spec.value.substr(colon + 1);
+        name = head.value.substr(0, colon);
+        const std::string type_word = head.value.substr(colon + 1);
         const ParamType *type = type_by_word(type_word);
         if (name.empty() || !type) {
-            error(spec.at, name.empty() ? "a parameter needs a name before ':'"
+            error(head.at, name.empty() ? "a parameter needs a name before ':'"
                                         : "unknown parameter type '" + type_word + "'");
             return false;
         }
         param.type = type->code;
         const Token *bounds = line.peek() && line.peek()->kind == Token::Kind::word ? line.take() : nullptr;
-        return read_bounds(spec, *type, bounds, param);
+        return read_bounds(head, *type, bounds, param);
     }
 
-    bool read_bounds(const Token &spec, const ParamType &type, const Token *bounds, ParamFields &param)
+    bool read_bounds(const Token &head, const ParamType &type, const Token *bounds, ParamFields &param)
     {
         if (type.bounds == Bounds::none) {
             if (bounds)
@@ -436,7 +436,7 @@ class Reader
             return !bounds;
         }
         if (!bounds) {
-            error(spec.at, "a " + std::string(type.word) + " parameter needs " + bounds_form(type.bounds));
+            error(head.at, "a " + std::string(type.word) + " parameter needs " + bounds_form(type.bounds));
             return false;
         }
         if (type.bounds == Bounds::decimal || type.bounds == Bounds::hex)
