@@ -21,30 +21,6 @@ struct Element {
     int optional_part = -1; // which optional part it belongs to, if any
 };
 
-class Cursor
-{
-  public:
-    explicit Cursor(std::span<const Token> tokens) : tokens_(tokens) {}
-    bool done() const { return next_ == tokens_.size(); }
-    const Token *peek() const { return done() ? nullptr : &tokens_[next_]; }
-    const Token *take() { return done() ? nullptr : &tokens_[next_++]; }
-    bool take_mark(char mark)
-    {
-        if (done() || tokens_[next_].kind != Token::Kind::mark || tokens_[next_].value[0] != mark)
-            return false;
-        ++next_;
-        return true;
-    }
-    Position at() const
-    {
-        return done() ? (tokens_.empty() ? Position{} : tokens_.back().at) : tokens_[next_].at;
-    }
-
-  private:
-    std::span<const Token> tokens_;
-    std::size_t next_ = 0;
-};
-
 class Reader
 {
   public:
@@ -56,14 +32,14 @@ class Reader
     void run(std::string_view text)
     {
         tokenize_lines(text, file_, diagnostics_,
-                       [this](std::span<const Token> tokens) { read_line(Cursor(tokens)); });
+                       [this](std::span<const Token> tokens) { read_line(TokenCursor(tokens)); });
         hand_over();
     }
 
   private:
     void error(Position at, const std::string &message) { diagnostics_.error(file_, at, message); }
 
-    void read_line(Cursor line)
+    void read_line(TokenCursor line)
     {
         const Token &key = *line.peek();
         if (key.kind != Token::Kind::word) {
@@ -100,7 +76,7 @@ class Reader
     }
 
     // A word or a quoted text that fits a field of width bytes.
-    bool read_name(const Token &key, Cursor &line, std::size_t width, std::string &into)
+    bool read_name(const Token &key, TokenCursor &line, std::size_t width, std::string &into)
     {
         const Token *value = line.take();
         if (!value || (value->kind != Token::Kind::word && value->kind != Token::Kind::text)) {
@@ -119,7 +95,8 @@ class Reader
         return false;
     }
 
-    void read_help(const Token &key, Cursor &line, std::vector<std::pair<std::string, std::string>> &into)
+    void read_help(const Token &key, TokenCursor &line,
+                   std::vector<std::pair<std::string, std::string>> &into)
     {
         const Token *word = line.take();
         const Token *text = line.take();
@@ -132,7 +109,7 @@ class Reader
     }
 
     // A word's help for the whole file: given once.
-    void read_file_help(const Token &key, Cursor &line)
+    void read_file_help(const Token &key, TokenCursor &line)
     {
         std::vector<std::pair<std::string, std::string>> one;
         read_help(key, line, one);
@@ -143,7 +120,7 @@ class Reader
             error(key.at, "the help of '" + it->first + "' is already \"" + it->second + "\" in this file");
     }
 
-    std::optional<uint64_t> read_number(const Token &key, Cursor &line, int width)
+    std::optional<uint64_t> read_number(const Token &key, TokenCursor &line, int width)
     {
         const Token *value = line.take();
         const std::optional<uint64_t> number =
@@ -154,7 +131,7 @@ class Reader
         return number;
     }
 
-    void read_token_id(const Token &key, Cursor &line)
+    void read_token_id(const Token &key, TokenCursor &line)
     {
         const Token *word = line.take();
         if (!word || word->kind != Token::Kind::word) {
@@ -165,7 +142,7 @@ class Reader
             result_.token_ids[word->value] = static_cast<uint32_t>(*id);
     }
 
-    void read_attribute(const Token &key, Cursor &line, CommandDecl &command)
+    void read_attribute(const Token &key, TokenCursor &line, CommandDecl &command)
     {
         const std::string &name = key.value;
         std::string text;
@@ -201,7 +178,7 @@ class Reader
     }
 
     // Permission bit numbers, 0 to 127, bit 0 first in the mask's first byte.
-    void read_permissions(const Token &key, Cursor &line, CommandDecl &command)
+    void read_permissions(const Token &key, TokenCursor &line, CommandDecl &command)
     {
         std::array<uint8_t, 16> bits{};
         bool any = false;
@@ -221,7 +198,7 @@ class Reader
             command.permissions = bits;
     }
 
-    void read_enters(const Token &key, Cursor &line, CommandDecl &command)
+    void read_enters(const Token &key, TokenCursor &line, CommandDecl &command)
     {
         Submode submode;
         const Token *mode = line.take();
@@ -240,7 +217,7 @@ class Reader
     }
 
     // command MODE[,MODE...]: WORDS
-    void read_command(const Token &key, Cursor &line)
+    void read_command(const Token &key, TokenCursor &line)
     {
         CommandDecl command;
         command.at = key.at;
@@ -272,7 +249,7 @@ class Reader
         }
     }
 
-    bool read_modes(const Token &key, Cursor &line, std::vector<std::string> &modes)
+    bool read_modes(const Token &key, TokenCursor &line, std::vector<std::string> &modes)
     {
         for (;;) {
             const Token *mode = line.take();
@@ -291,7 +268,7 @@ class Reader
         }
     }
 
-    bool read_optional_part(Cursor &line, std::vector<Element> &elements, int part)
+    bool read_optional_part(TokenCursor &line, std::vector<Element> &elements, int part)
     {
         const std::size_t first = elements.size();
         while (!line.take_mark(']')) {
@@ -313,7 +290,7 @@ class Reader
     }
 
     // A keyword, {alternatives}, or one parameter or two written together.
-    bool read_element(Cursor &line, std::vector<Element> &elements, int part)
+    bool read_element(TokenCursor &line, std::vector<Element> &elements, int part)
     {
         Element element;
         element.optional_part = part;
@@ -346,7 +323,7 @@ class Reader
 
     bool keyword_fits(const Token &word) { return fits(word, sizeof(parse_tree_node::Token), "a keyword"); }
 
-    bool read_alternatives(const Token &open, Cursor &line, Element &element)
+    bool read_alternatives(const Token &open, TokenCursor &line, Element &element)
     {
         do {
             const Token *word = line.take();
@@ -367,7 +344,7 @@ class Reader
     }
 
     // <NAME:TYPE [BOUNDS] ["help"]> or <SUBTYPE ["help"]>
-    bool read_parameter(Cursor &line, Word &word)
+    bool read_parameter(TokenCursor &line, Word &word)
     {
         const Token &open = *line.take();
         if (word.params.size() == WEX_NODE_MAX_PARAMS) {
@@ -401,7 +378,7 @@ class Reader
         return true;
     }
 
-    bool read_parameter_type(const Token &head, Cursor &line, ParamFields &param, std::string &name)
+    bool read_parameter_type(const Token &head, TokenCursor &line, ParamFields &param, std::string &name)
     {
         const std::size_t colon = head.value.find(':');
         if (colon == std::string::npos) {

@@ -185,21 +185,6 @@ struct Stanza {
     Position at;
 };
 
-// One line of a stanza: its tokens, read from the front.
-class Line
-{
-  public:
-    explicit Line(std::span<const Token> tokens) : tokens_(tokens) {}
-    bool done() const { return next_ == tokens_.size(); }
-    const Token *peek() const { return done() ? nullptr : &tokens_[next_]; }
-    const Token *take() { return done() ? nullptr : &tokens_[next_++]; }
-    Position end_at() const { return tokens_.empty() ? Position{} : tokens_.back().at; }
-
-  private:
-    std::span<const Token> tokens_;
-    std::size_t next_ = 0;
-};
-
 class NodeReader
 {
   public:
@@ -208,7 +193,7 @@ class NodeReader
     std::optional<CompiledImage> run(std::string_view text)
     {
         tokenize_lines(text, file_, diagnostics_,
-                       [this](std::span<const Token> tokens) { read_line(Line(tokens)); });
+                       [this](std::span<const Token> tokens) { read_line(TokenCursor(tokens)); });
         check_children();
         if (diagnostics_.any())
             return std::nullopt;
@@ -218,7 +203,7 @@ class NodeReader
   private:
     void error(Position at, const std::string &message) { diagnostics_.error(file_, at, message); }
 
-    void read_line(Line line)
+    void read_line(TokenCursor line)
     {
         const Token &key = *line.take();
         if (key.kind != Token::Kind::word) {
@@ -238,7 +223,7 @@ class NodeReader
                   "unexpected '" + line.peek()->value + "' after the value of '" + key.value + "'");
     }
 
-    void start_node(const Token &key, Line &line)
+    void start_node(const Token &key, TokenCursor &line)
     {
         const Token *number = line.take();
         const std::size_t expected = stanzas_.size();
@@ -256,7 +241,7 @@ class NodeReader
     }
 
     // false when the field's value was wrong (already reported).
-    bool read_field(const Token &key, Line &line)
+    bool read_field(const Token &key, TokenCursor &line)
     {
         Stanza &node = stanzas_.back();
         for (const TextField &t : kTexts) {
@@ -285,7 +270,7 @@ class NodeReader
         return false;
     }
 
-    const Token *value_of(const Token &key, Line &line, Token::Kind kind, const char *what)
+    const Token *value_of(const Token &key, TokenCursor &line, Token::Kind kind, const char *what)
     {
         const Token *value = line.take();
         if (!value || value->kind != kind) {
@@ -295,7 +280,7 @@ class NodeReader
         return value;
     }
 
-    bool read_text(const Token &key, Line &line, std::size_t width, std::string &into)
+    bool read_text(const Token &key, TokenCursor &line, std::size_t width, std::string &into)
     {
         const Token *value = value_of(key, line, Token::Kind::text, "a quoted text");
         if (!value)
@@ -310,7 +295,7 @@ class NodeReader
         return true;
     }
 
-    std::optional<uint64_t> read_number(const Token &key, Line &line, int width)
+    std::optional<uint64_t> read_number(const Token &key, TokenCursor &line, int width)
     {
         const Token *value = value_of(key, line, Token::Kind::word, "a number");
         if (!value)
@@ -322,7 +307,8 @@ class NodeReader
         return number;
     }
 
-    template <std::size_t W> bool read_fixed_bytes(const Token &key, Line &line, std::array<uint8_t, W> &into)
+    template <std::size_t W>
+    bool read_fixed_bytes(const Token &key, TokenCursor &line, std::array<uint8_t, W> &into)
     {
         const Token *value = value_of(key, line, Token::Kind::word, "hexadecimal digits");
         if (!value)
@@ -336,7 +322,7 @@ class NodeReader
         return true;
     }
 
-    bool read_param(const Token &key, Line &line, NodeFields &fields)
+    bool read_param(const Token &key, TokenCursor &line, NodeFields &fields)
     {
         const Token *type = value_of(key, line, Token::Kind::word, "a TYPE_* name or code");
         if (!type)
@@ -363,7 +349,7 @@ class NodeReader
     }
 
     // KEY=VALUE of a param line.
-    bool read_param_setting(Line &line, ParamFields &param)
+    bool read_param_setting(TokenCursor &line, ParamFields &param)
     {
         const Token &key = *line.take();
         const Token *equals = line.take();
@@ -388,7 +374,7 @@ class NodeReader
         return false;
     }
 
-    bool read_child(const Token &key, Line &line, NodeFields &fields)
+    bool read_child(const Token &key, TokenCursor &line, NodeFields &fields)
     {
         const std::optional<uint64_t> index = read_number(key, line, 2);
         if (!index)
@@ -402,7 +388,7 @@ class NodeReader
         return true;
     }
 
-    bool read_leftover(const Token &key, Line &line, Stanza &node)
+    bool read_leftover(const Token &key, TokenCursor &line, Stanza &node)
     {
         const std::optional<uint64_t> offset = read_number(key, line, 2);
         if (!offset)

@@ -24,6 +24,32 @@ struct Token {
     Position at;
 };
 
+// One line's tokens, read from the front; at() is where the next one
+// stands, or the last one when none is left.
+class TokenCursor
+{
+  public:
+    explicit TokenCursor(std::span<const Token> tokens) : tokens_(tokens) {}
+    bool done() const { return next_ == tokens_.size(); }
+    const Token *peek() const { return done() ? nullptr : &tokens_[next_]; }
+    const Token *take() { return done() ? nullptr : &tokens_[next_++]; }
+    bool take_mark(char mark)
+    {
+        if (done() || tokens_[next_].kind != Token::Kind::mark || tokens_[next_].value[0] != mark)
+            return false;
+        ++next_;
+        return true;
+    }
+    Position at() const
+    {
+        return done() ? (tokens_.empty() ? Position{} : tokens_.back().at) : tokens_[next_].at;
+    }
+
+  private:
+    std::span<const Token> tokens_;
+    std::size_t next_ = 0;
+};
+
 // Calls each_line with the tokens of every line that has any, in order; a
 // text left open or a bad escape is reported, and the tokens around it are
 // kept. One line's tokens at a time are held, however long the text.
