@@ -25,6 +25,12 @@ bool print_version_if_asked(const char *program, const std::vector<std::string> 
     return true;
 }
 
+bool wants_help(const std::vector<std::string> &args)
+{
+    return std::find(args.begin(), args.end(), "--help") != args.end() ||
+           std::find(args.begin(), args.end(), "-h") != args.end();
+}
+
 int finish_output(const char *program, int status)
 {
     errno = 0;

@@ -1,5 +1,5 @@
-// What every program of the project does the same way: its version, the
-// end of its output, and a wait that cannot outlast a stated time.
+// What every program of the project does the same way: its version, its
+// help, the end of its output, and a wait that cannot outlast a stated time.
 #ifndef WEX_TOOLS_PROGRAM_H
 #define WEX_TOOLS_PROGRAM_H
 
@@ -13,6 +13,9 @@ namespace wex_tools
 // "PROGRAM VERSION\n" on standard output when args hold --version; true
 // when they did.
 bool print_version_if_asked(const char *program, const std::vector<std::string> &args);
+
+// Whether args ask for help: --help or -h anywhere among them.
+bool wants_help(const std::vector<std::string> &args);
 
 // Flushes standard output and gives status, or 2 with a line on standard
 // error when the output could not be written (a full disk, a closed pipe).

@@ -276,8 +276,7 @@ std::optional<int> run_daemon_command(const std::string &name, const std::vector
     if (command == std::end(kCommands))
         return std::nullopt;
     Args args = given;
-    if (std::find(args.begin(), args.end(), "--help") != args.end() ||
-        std::find(args.begin(), args.end(), "-h") != args.end()) {
+    if (wex_tools::wants_help(args)) {
         std::fputs(command->help, stdout);
         return 0;
     }

@@ -63,15 +63,6 @@ int usage_error(const std::string &why)
     return 2;
 }
 
-bool wants_help(const Args &args)
-{
-    for (const std::string &arg : args) {
-        if (arg == "--help" || arg == "-h")
-            return true;
-    }
-    return false;
-}
-
 // FILE [--node N]
 bool par_arguments(const Args &args, std::string &path, uint32_t &start)
 {
@@ -127,7 +118,7 @@ int par_dump(const std::string &path, uint32_t start)
 
 int par_command(const std::string &action, const Args &args)
 {
-    if (wants_help(args)) {
+    if (wex_tools::wants_help(args)) {
         std::fputs(kParUsage, stdout);
         return 0;
     }
@@ -157,7 +148,7 @@ std::optional<wex_tools::InputText> read_text(const std::string &path)
 
 int diff_command(const Args &args)
 {
-    if (wants_help(args)) {
+    if (wex_tools::wants_help(args)) {
         std::fputs(kDiffUsage, stdout);
         return 0;
     }
@@ -192,7 +183,7 @@ int run(const Args &all)
     if (all[0] == "par" && !rest.empty() && (rest[0] == "check" || rest[0] == "dump"))
         return par_command(rest[0], Args(rest.begin() + 1, rest.end()));
     if (all[0] == "par") {
-        if (wants_help(rest)) {
+        if (wex_tools::wants_help(rest)) {
             std::fputs(kParUsage, stdout);
             return 0;
         }

@@ -3,6 +3,7 @@
 #include "input_file.h"
 #include "node_layer.h"
 #include "output_file.h"
+#include "program.h"
 #include "command_writer.h"
 #include "compiler.h"
 #include "graph.h"
@@ -157,20 +158,11 @@ int decompile(const std::string &path, bool nodes)
     return 0;
 }
 
-bool wants_help(const Args &args)
-{
-    for (const std::string &arg : args) {
-        if (arg == "--help" || arg == "-h")
-            return true;
-    }
-    return false;
-}
-
 } // namespace
 
 int run_tree_command(const Args &args)
 {
-    if (args.empty() || wants_help(args)) {
+    if (args.empty() || wex_tools::wants_help(args)) {
         std::fputs(kTreeUsage, args.empty() ? stderr : stdout);
         return args.empty() ? 2 : 0;
     }
