@@ -48,6 +48,17 @@ int tree_usage_error(const std::string &why)
     return 2;
 }
 
+// The image a compile or merge made, written whole; or its errors.
+int write_or_report(const std::vector<uint8_t> *image, const wex_grammar::Diagnostics &diagnostics,
+                    const std::string &output)
+{
+    if (!image) {
+        std::fputs(diagnostics.report().c_str(), stderr);
+        return 2;
+    }
+    return wex_tools::write_file_whole(kProgram, output, *image) ? 0 : 2;
+}
+
 int compile(const Args &sources, const std::string &output)
 {
     std::vector<wex_grammar::Source> texts;
@@ -59,11 +70,7 @@ int compile(const Args &sources, const std::string &output)
     }
     wex_grammar::Diagnostics diagnostics;
     const std::optional<wex_grammar::CompiledImage> image = wex_grammar::compile(texts, diagnostics);
-    if (!image) {
-        std::fputs(diagnostics.report().c_str(), stderr);
-        return 2;
-    }
-    return wex_tools::write_file_whole(kProgram, output, image->bytes) ? 0 : 2;
+    return write_or_report(image ? &image->bytes : nullptr, diagnostics, output);
 }
 
 // A whole image as a .par file holds it, or nothing (said why).
@@ -84,16 +91,23 @@ std::span<const uint8_t> bytes_of(const std::string &image)
     return {reinterpret_cast<const uint8_t *>(image.data()), image.size()};
 }
 
+// Whether the image holds what the walks need from node from; each problem
+// is said on standard error.
+bool walkable(const std::string &path, const std::string &image, uint32_t from)
+{
+    const wex_grammar::ImageCheck check =
+        wex_grammar::check_image(wex_grammar::shape_of(bytes_of(image)), image.size(), from);
+    for (const wex_grammar::Problem &problem : check.problems)
+        std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), problem.line().c_str());
+    return check.problems.empty();
+}
+
 int graph(const std::string &path, uint32_t from, uint32_t depth)
 {
     const std::optional<std::string> image = read_image(path);
     if (!image)
         return 2;
-    const wex_grammar::ImageCheck check =
-        wex_grammar::check_image(wex_grammar::shape_of(bytes_of(*image)), image->size(), from);
-    for (const wex_grammar::Problem &problem : check.problems)
-        std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), problem.line().c_str());
-    if (!check.problems.empty())
+    if (!walkable(path, *image, from))
         return 1;
     std::fputs(wex_grammar::write_graph(bytes_of(*image), from, depth).c_str(), stdout);
     return 0;
@@ -124,11 +138,7 @@ int merge(const Args &inputs, const std::string &output)
         std::optional<std::string> image = read_image(path);
         if (!image)
             return 2;
-        const wex_grammar::ImageCheck check =
-            wex_grammar::check_image(wex_grammar::shape_of(bytes_of(*image)), image->size(), 0);
-        for (const wex_grammar::Problem &problem : check.problems)
-            std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), problem.line().c_str());
-        if (!check.problems.empty())
+        if (!walkable(path, *image, 0))
             return 1;
         images.push_back(std::move(*image));
     }
@@ -137,11 +147,7 @@ int merge(const Args &inputs, const std::string &output)
         named.push_back({inputs[i], bytes_of(images[i])});
     wex_grammar::Diagnostics diagnostics;
     const std::optional<std::vector<uint8_t>> merged = wex_grammar::merge_images(named, diagnostics);
-    if (!merged) {
-        std::fputs(diagnostics.report().c_str(), stderr);
-        return 2;
-    }
-    return wex_tools::write_file_whole(kProgram, output, *merged) ? 0 : 2;
+    return write_or_report(merged ? &*merged : nullptr, diagnostics, output);
 }
 
 // The command layer where the image can be written in it, else the node
