@@ -42,10 +42,12 @@ bool same_parameters(const std::vector<ParamFields> &a, const std::vector<ParamF
     return true;
 }
 
-class Builder
+} // namespace
+
+class TreeBuilder::Impl
 {
   public:
-    explicit Builder(Diagnostics &diagnostics) : diagnostics_(diagnostics)
+    explicit Impl(Diagnostics &diagnostics) : diagnostics_(diagnostics)
     {
         Node root;
         root.fields.name = "exec";
@@ -341,14 +343,6 @@ class Builder
     std::map<std::string, std::size_t> modes_;
     std::vector<std::pair<const CommandFile *, CommandDecl>> waiting_; // for modes not yet entered
     std::unordered_map<std::string, ChildRef> keyword_children_;       // by parent and keyword
-};
-
-} // namespace
-
-class TreeBuilder::Impl : public Builder
-{
-  public:
-    using Builder::Builder;
 };
 
 TreeBuilder::TreeBuilder(Diagnostics &diagnostics) : impl_(std::make_unique<Impl>(diagnostics)) {}
