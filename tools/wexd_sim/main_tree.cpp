@@ -2,11 +2,13 @@
 
 #include "image_check.h"
 #include "image_merge.h"
+#include "node_record.h"
 #include "output_file.h"
 #include "param_types.h"
 
 #include <wex/parse_tree.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <fstream>
@@ -47,40 +49,30 @@ std::optional<LoadedTree> load(const std::string &dir, const std::string &name, 
     return tree;
 }
 
-void put_be32(uint8_t *at, uint32_t value)
-{
-    for (int i = 3; i >= 0; --i, value >>= 8)
-        at[i] = static_cast<uint8_t>(value);
-}
-
-uint32_t be(const uint8_t *at, int width)
-{
-    uint32_t value = 0;
-    for (int i = 0; i < width; ++i)
-        value = value << 8 | at[i];
-    return value;
-}
-
 // Each parameter of a subtype whose placeholder has registered bounds gets
-// them as its range.
+// them as its range. The merged image is made from its nodes' fields, so
+// reading and writing a node's fields gives back its other bytes too.
 void apply_dynamic_ranges(std::vector<uint8_t> &image, const std::map<std::string, Bounds> &ranges)
 {
     for (std::size_t at = 0; at + WEX_NODE_SIZE <= image.size(); at += WEX_NODE_SIZE) {
-        uint8_t *node = &image[at];
-        const uint32_t params = be(node + offsetof(parse_tree_node, param_count), 2);
-        for (uint32_t i = 0; i < params && i < WEX_NODE_MAX_PARAMS; ++i) {
-            uint8_t *param = node + offsetof(parse_tree_node, params) + i * sizeof(param_descriptor);
-            const auto code = static_cast<int32_t>(be(param + offsetof(param_descriptor, subtype), 4));
+        wex_grammar::NodeFields node = wex_grammar::decode_record(&image[at]);
+        bool bounded = false;
+        for (wex_grammar::ParamFields &param : node.params) {
             const wex_grammar::Subtype *subtype =
-                code == 0
+                param.subtype == 0
                     ? nullptr
-                    : wex_grammar::subtype_by_code(code, be(param + offsetof(param_descriptor, type), 4));
+                    : wex_grammar::subtype_by_code(static_cast<int32_t>(param.subtype), param.type);
             const auto range =
                 subtype ? ranges.find("<" + std::string(subtype->placeholder) + ">") : ranges.end();
             if (range == ranges.end())
                 continue;
-            put_be32(param + offsetof(param_descriptor, min), static_cast<uint32_t>(range->second.lower));
-            put_be32(param + offsetof(param_descriptor, max), static_cast<uint32_t>(range->second.upper));
+            param.min = static_cast<uint32_t>(range->second.lower);
+            param.max = static_cast<uint32_t>(range->second.upper);
+            bounded = true;
+        }
+        if (bounded) {
+            const wex_grammar::Record record = wex_grammar::encode_record(node);
+            std::copy(record.begin(), record.end(), image.begin() + static_cast<std::ptrdiff_t>(at));
         }
     }
 }
