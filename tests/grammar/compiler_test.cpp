@@ -7,11 +7,12 @@
 
 #include <wex/parse_tree.h>
 
+#include "support/samples.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <set>
-#include <sstream>
 #include <string>
 
 namespace
@@ -134,19 +135,11 @@ TEST(Compiler, ReportsEachAuthorErrorWithItsPlace)
     }
 }
 
-std::string sample(const std::string &name)
-{
-    std::ifstream in(std::string(WEX_EXAMPLES_DIR) + "/trees/" + name);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 TEST(Compiler, SampleGrammarsMakeOneWalkableTreeOfEveryTypeAUserTypes)
 {
     std::vector<wex_grammar::Source> sources;
     for (const char *name : {"exec.tree", "zone.tree", "interface.tree"})
-        sources.push_back({name, sample(name)});
+        sources.push_back({name, wex_test::sample_grammar(name)});
     wex_grammar::Diagnostics diagnostics;
     const auto image = wex_grammar::compile(sources, diagnostics);
     ASSERT_TRUE(image) << diagnostics.report();

@@ -4,11 +4,12 @@
 #include "image_merge.h"
 #include "node_record.h"
 
+#include "support/samples.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <map>
-#include <sstream>
 
 namespace
 {
@@ -55,19 +56,11 @@ std::map<std::string, std::string> by_path(const Image &image)
     return tree;
 }
 
-std::string sample(const std::string &name)
-{
-    std::ifstream in(std::string(WEX_EXAMPLES_DIR) + "/trees/" + name);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 TEST(ImageMerge, FeatureTreesMergedAreTheTreeCompiledTogether)
 {
-    const wex_grammar::Source exec{"exec.tree", sample("exec.tree")}, zone{"zone.tree", sample("zone.tree")},
-        interface {
-        "interface.tree", sample("interface.tree")
+    const wex_grammar::Source exec{"exec.tree", wex_test::sample_grammar("exec.tree")},
+        zone{"zone.tree", wex_test::sample_grammar("zone.tree")}, interface {
+        "interface.tree", wex_test::sample_grammar("interface.tree")
     };
     const Image with_zone = compiled({exec, zone}), with_interface = compiled({exec, interface});
     wex_grammar::Diagnostics diagnostics;

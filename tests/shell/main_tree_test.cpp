@@ -3,6 +3,7 @@
 #include "compiler.h"
 #include "main_tree.h"
 #include "node_record.h"
+#include "support/samples.h"
 
 #include <gtest/gtest.h>
 
@@ -26,10 +27,9 @@ void write(const std::string &path, const std::vector<uint8_t> &bytes)
 
 TEST(MainTree, LoadsACheckedTreeInHostOrderAndMakesItTheRoot)
 {
-    std::ifstream in(std::string(WEX_EXAMPLES_DIR) + "/trees/exec.tree");
     wex_grammar::Diagnostics diagnostics;
-    const auto image = wex_grammar::compile(
-        {{"exec.tree", std::string(std::istreambuf_iterator<char>(in), {})}}, diagnostics);
+    const auto image =
+        wex_grammar::compile({{"exec.tree", wex_test::sample_grammar("exec.tree")}}, diagnostics);
     ASSERT_TRUE(image) << diagnostics.report();
     write(sandbox("exec.par"), image->bytes);
 

@@ -6,6 +6,7 @@
 
 #include "support/child_process.h"
 #include "support/raw_peer.h"
+#include "support/samples.h"
 #include "compiler.h"
 #include "node_record.h"
 #include "tools/sim_process.h"
@@ -294,10 +295,8 @@ TEST_F(WexdSimTest, HostilePeersNeitherStallNorGrowIt)
 std::vector<uint8_t> compiled_sample(const std::vector<std::string> &names)
 {
     std::vector<wex_grammar::Source> sources;
-    for (const std::string &name : names) {
-        std::ifstream in(std::string(WEX_EXAMPLES_DIR) + "/trees/" + name);
-        sources.push_back({name, std::string(std::istreambuf_iterator<char>(in), {})});
-    }
+    for (const std::string &name : names)
+        sources.push_back({name, wex_test::sample_grammar(name)});
     wex_grammar::Diagnostics diagnostics;
     const auto image = wex_grammar::compile(sources, diagnostics);
     EXPECT_TRUE(image) << diagnostics.report();
