@@ -12,13 +12,9 @@ ln -s "$root/examples" "$work/examples"
 ln -s "$build" "$work/build/demo"
 block=$(sed -n '/^## wexd-sim and wexctl by hand/,/^## /p' "$root/README.md" | sed -n '/^```sh$/,/^```$/p' | sed '1d;$d')
 output=$(cd "$work" && bash -c "$block" 2>&1)
-failed=0
-expect() {
-  if ! grep -qF -- "$1" <<< "$output"; then
-    echo "missing from the block's output: $1"
-    failed=1
-  fi
-}
+output_name="the block's output"
+# shellcheck source=tests/tools/expect_lines.sh
+. "$root/tests/tools/expect_lines.sh"
 expect "Displaying Interface Table"
 expect "zone-admin"
 expect "nodes, valid from node 0"

@@ -7,13 +7,9 @@ root=$1
 build=$2
 output=$(WEX_DEMO_BUILD_DIR="$build" "$root/scripts/demo" 2>&1)
 status=$?
-failed=0
-expect() {
-  if ! grep -qF -- "$1" <<< "$output"; then
-    echo "missing from the demo's output: $1"
-    failed=1
-  fi
-}
+output_name="the demo's output"
+# shellcheck source=tests/tools/expect_lines.sh
+. "$root/tests/tools/expect_lines.sh"
 expect "== Step 1: register the parse tree, the interface type and subtype bounds =="
 expect "== Step 2: store and reload the parse-tree image, keep it in a tree table =="
 expect "== Step 3: a user types \"zone name Z1 vsan 10 member interface fc1/1-4\": the pinfo =="
@@ -28,7 +24,15 @@ expect "wexd-sim: stopped"
 # The demo's own simulator, told apart from those of tests running beside it
 # by its runtime directory.
 runtime=$(sed -n 's/^== Starting wexd-sim (runtime directory \(.*\)) ==$/\1/p' <<< "$output")
-if [[ -z "$runtime" ]] || pgrep -f "$runtime/roles.conf" > /dev/null; then
+# A process that still has the demo's runtime directory in its environment.
+still_running() {
+  local environment
+  for environment in /proc/[0-9]*/environ; do
+    tr '\0' '\n' < "$environment" 2> /dev/null | grep -qxF "IPCQ_RUNTIME_DIR=$runtime" && return 0
+  done
+  return 1
+}
+if [[ -z "$runtime" ]] || still_running; then
   echo "wexd-sim is still running after the demo"
   failed=1
 fi
