@@ -28,7 +28,7 @@ runtime=$(sed -n 's/^== Starting wexd-sim (runtime directory \(.*\)) ==$/\1/p' <
 still_running() {
   local environment
   for environment in /proc/[0-9]*/environ; do
-    tr '\0' '\n' < "$environment" 2> /dev/null | grep -qxF "IPCQ_RUNTIME_DIR=$runtime" && return 0
+    tr '\0' '\n' 2> /dev/null < "$environment" | grep -qxF "IPCQ_RUNTIME_DIR=$runtime" && return 0
   done
   return 1
 }
