@@ -34,13 +34,12 @@ constexpr const char *kTreeUsage =
     "       wexctl tree merge IN.par... -o OUT.par\n"
     "compile turns grammar texts (command declarations, or one text of node stanzas) into a .par\n"
     "image in network order, written whole or not at all; every error is named FILE:LINE:COLUMN.\n"
-    "decompile writes an image as grammar text on\n"
-    "standard output, one stanza per node (--nodes). graph writes the tree from NODE (default 0),\n"
-    "N levels deep (default all), as Graphviz DOT: keywords boxed, parameters round, submodes bold,\n"
-    "the last words of commands doubled, links dashed. merge makes one tree of several images, as\n"
-    "wexd makes the main tree: words at the same place are one node, whose fields must agree.\n"
-    "Exit status: 0 done, 1 an invalid image,\n"
-    "2 errors or trouble.\n";
+    "decompile writes an image as command declarations on standard output when they compile back\n"
+    "to the same bytes, else (and with --nodes) as one stanza per node. graph writes the tree from\n"
+    "NODE (default 0), N levels deep (default all), as Graphviz DOT: keywords boxed, parameters\n"
+    "round, submodes bold, the last words of commands doubled, links dashed. merge makes one tree\n"
+    "of several images, as wexd makes the main tree: words at the same place are one node, whose\n"
+    "fields must agree. Exit status: 0 done, 1 an invalid image, 2 errors or trouble.\n";
 
 int tree_usage_error(const std::string &why)
 {
