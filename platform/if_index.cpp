@@ -20,18 +20,12 @@ struct InterfaceType {
 constexpr uint32_t kMaxSlot = 16;
 
 constexpr InterfaceType kTypes[] = {
-    {1, "fc", true, "", 1, 64},
-    {2, "port-channel", false, " ", 1, 4096},
-    {3, "mgmt", false, "", 0, 3},
-    {4, "fcip", false, "", 1, 255},
-    {5, "iscsi", true, "", 1, 64},
-    {6, "vsan", false, "", 1, 4094},
-    {7, "sup-fc", false, "", 0, 3},
-    {8, "fcoe", true, "", 1, 64},
-    {10, "fv", true, "", 1, 64},
-    {11, "san-port-channel", false, " ", 1, 4096},
-    {12, "ext", true, "", 1, 64},
-    {15, "bay", true, "", 1, 64},
+    {1, "fc", true, "", 1, 64},      {2, "port-channel", false, " ", 1, 4096},
+    {3, "mgmt", false, "", 0, 3},    {4, "fcip", false, "", 1, 255},
+    {5, "iscsi", true, "", 1, 64},   {6, "vsan", false, "", 1, 4094},
+    {7, "sup-fc", false, "", 0, 3},  {8, "fcoe", true, "", 1, 64},
+    {10, "fv", true, "", 1, 64},     {11, "san-port-channel", false, " ", 1, 4096},
+    {12, "ext", true, "", 1, 64},    {15, "bay", true, "", 1, 64},
     {22, "vfc", false, "", 1, 8192},
 };
 
@@ -73,7 +67,55 @@ int unresolved(char *buf, std::size_t size)
     return -1;
 }
 
+// The decimal number at text, at most max; how many digits it took, 0 for none.
+std::size_t read_number(const char *text, uint32_t max, uint32_t &number)
+{
+    std::size_t digits = 0;
+    number = 0;
+    for (; text[digits] >= '0' && text[digits] <= '9'; ++digits) {
+        number = number * 10 + static_cast<uint32_t>(text[digits] - '0');
+        if (number > max)
+            return 0;
+    }
+    return digits;
+}
+
+// The type whose name starts text and is followed by a digit; the longest
+// wins, so "fcip1" is not read as "fc".
+const InterfaceType *type_named_at(const char *text)
+{
+    const InterfaceType *found = nullptr;
+    for (const InterfaceType &type : kTypes) {
+        const std::size_t length = std::strlen(type.name);
+        if (std::strncmp(text, type.name, length) == 0 && text[length] >= '0' && text[length] <= '9' &&
+            (!found || length > std::strlen(found->name)))
+            found = &type;
+    }
+    return found;
+}
+
 } // namespace
+
+extern "C" int if_index_parse(const char *text, uint32_t *if_index)
+{
+    const InterfaceType *type = text ? type_named_at(text) : nullptr;
+    if (!type || !if_index)
+        return -1;
+    std::size_t at = std::strlen(type->name);
+    uint32_t slot = 0, port = 0;
+    if (type->slotted) {
+        const std::size_t digits = read_number(text + at, kMaxSlot, slot);
+        if (digits == 0 || text[at + digits] != '/')
+            return -1;
+        at += digits + 1;
+    }
+    const std::size_t digits = read_number(text + at, type->max_port, port);
+    const uint32_t index = IF_INDEX_MAKE(type->code, slot, port);
+    if (digits == 0 || !decode(index))
+        return -1;
+    *if_index = index;
+    return static_cast<int>(at + digits);
+}
 
 extern "C" int if_index_get_type(uint32_t if_index, uint8_t *type)
 {

@@ -58,6 +58,12 @@ int sprintf_if_index(char *buf, uint32_t if_index);
  * whole text, or -1 (and an empty text) when an end cannot be resolved. */
 int snprintf_if_index_range(char *buf, size_t size, const struct intf_range *range);
 
+/* Reads the name of one interface at the start of text, as the service
+ * prints it but without a blank ("fc1/3", "port-channel5"), into *if_index.
+ * Returns how many characters the name took, or -1 when text does not start
+ * with the name of an interface the service can resolve. */
+int if_index_parse(const char *text, uint32_t *if_index);
+
 #ifdef __cplusplus
 }
 #endif
