@@ -1,0 +1,59 @@
+// A typed command line matched against the main tree from a mode's node:
+// word after word against the children of the node reached, keywords by a
+// unique prefix, parameters by their type and bounds.
+#ifndef WEX_SHELL_MATCHER_H
+#define WEX_SHELL_MATCHER_H
+
+#include "main_tree.h"
+#include "typed_value.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace wex_shell
+{
+
+// One word of a line: where it stands and what it holds (a quoted word
+// without its quotes).
+struct Word {
+    std::size_t column;
+    std::string text;
+};
+
+// The words of line; a word in double quotes may hold blanks. A line with an
+// unterminated quote ends its last word at the end of the line.
+std::vector<Word> split_words(std::string_view line);
+
+struct MatchedNode {
+    std::size_t node;
+    std::vector<TypedValue> values; // one per descriptor of a parameter node
+};
+
+struct Match {
+    std::vector<MatchedNode> path; // the nodes from the mode's node down, in order
+    bool negated = false;          // the line began with the "no" keyword
+    std::string full_text;         // the line in full words: keywords unabbreviated
+};
+
+// Where a line went wrong and what is wrong there.
+struct MatchError {
+    std::size_t column;
+    std::string message;
+};
+
+using MatchResult = std::variant<Match, MatchError>;
+
+// Matches line from the node of the current mode. Only a match that reached
+// a node completing a command is a Match.
+MatchResult match_line(const MainTree &tree, std::size_t mode_node, std::string_view line);
+
+// The error as the shell shows it: the line, a caret under the column, the
+// message, each ending in a newline.
+std::string describe_error(std::string_view line, const MatchError &error);
+
+} // namespace wex_shell
+
+#endif
