@@ -32,8 +32,9 @@ std::size_t padded(std::size_t size)
 
 template <typename Record> void append(std::vector<uint8_t> &wire, const Record &record)
 {
-    const auto *bytes = reinterpret_cast<const uint8_t *>(&record);
-    wire.insert(wire.end(), bytes, bytes + sizeof record);
+    const std::size_t at = wire.size();
+    wire.resize(at + sizeof record);
+    std::memcpy(wire.data() + at, &record, sizeof record);
 }
 
 void copy_text(char *field, std::size_t width, const std::string &text)

@@ -20,14 +20,14 @@ std::string field(const char *text, std::size_t width)
     return std::string(text, strnlen(text, width));
 }
 
-std::string token_of(const parse_tree_node &node)
+std::string_view token_of(const parse_tree_node &node)
 {
-    return field(node.Token, sizeof node.Token);
+    return {node.Token, strnlen(node.Token, sizeof node.Token)};
 }
 
 std::string name_of(const parse_tree_node &node)
 {
-    return node.param_count ? field(node.NodeName, sizeof node.NodeName) : token_of(node);
+    return node.param_count ? field(node.NodeName, sizeof node.NodeName) : std::string(token_of(node));
 }
 
 // A word written so that split_words reads it back as it is.
@@ -92,6 +92,7 @@ MatchResult LineMatcher::run(std::size_t mode_node)
 LineMatcher::Candidates LineMatcher::candidates(const parse_tree_node &node, const std::string &word) const
 {
     Candidates found;
+    const bool keyword_like = word.size() < sizeof node.Token && word.find('\0') == std::string::npos;
     for (std::size_t i = 0; i < node.child_count; ++i) {
         const std::size_t child = node.children[i];
         const parse_tree_node &candidate = tree_.node(child);
@@ -99,10 +100,13 @@ LineMatcher::Candidates LineMatcher::candidates(const parse_tree_node &node, con
             found.params.push_back(child);
             continue;
         }
-        const std::string token = token_of(candidate);
-        if (token == word)
+        // Compared in place: a word longer than the field, or holding a NUL,
+        // is no keyword's prefix.
+        if (!keyword_like || std::memcmp(candidate.Token, word.data(), word.size()) != 0)
+            continue;
+        if (candidate.Token[word.size()] == '\0')
             found.exact.push_back(child);
-        else if (token.compare(0, word.size(), word) == 0)
+        else
             found.prefix.push_back(child);
     }
     return found;
@@ -188,7 +192,7 @@ void LineMatcher::take(std::size_t node, std::vector<TypedValue> values, std::si
         for (std::size_t i = 0; i < words; ++i)
             match_.full_text += (match_.full_text.empty() ? "" : " ") + written(words_[next_ + i].text);
     } else {
-        match_.full_text += (match_.full_text.empty() ? "" : " ") + token_of(taken);
+        match_.full_text += (match_.full_text.empty() ? "" : " ") + std::string(token_of(taken));
     }
     match_.path.push_back({node, std::move(values)});
     next_ += words;
