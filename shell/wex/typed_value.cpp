@@ -54,16 +54,23 @@ std::optional<int64_t> decimal(std::string_view word)
     return value;
 }
 
-std::optional<uint64_t> hexadecimal(std::string_view word, std::size_t max_digits = 8)
+// Bare hexadecimal digits, at most max_digits of them.
+std::optional<uint64_t> hex_digits(std::string_view digits, std::size_t max_digits)
 {
-    if (word.size() < 3 || word[0] != '0' || (word[1] != 'x' && word[1] != 'X') ||
-        word.size() - 2 > max_digits)
-        return std::nullopt;
     uint64_t value = 0;
-    const auto [end, error] = std::from_chars(word.data() + 2, word.data() + word.size(), value, 16);
-    if (error != std::errc() || end != word.data() + word.size())
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+    if (digits.empty() || digits.size() > max_digits || error != std::errc() ||
+        end != digits.data() + digits.size())
         return std::nullopt;
     return value;
+}
+
+// A number written 0x and hexadecimal digits.
+std::optional<uint64_t> hexadecimal(std::string_view word, std::size_t max_digits = 8)
+{
+    if (word.size() < 3 || word[0] != '0' || (word[1] != 'x' && word[1] != 'X'))
+        return std::nullopt;
+    return hex_digits(word.substr(2), max_digits);
 }
 
 bool is_hex(uint32_t type)
@@ -90,11 +97,11 @@ Span bounds_of(const param_descriptor &param)
 
 std::optional<int64_t> number_in(const param_descriptor &param, std::string_view word)
 {
-    std::optional<int64_t> value = decimal(word);
-    if (is_hex(param.type)) {
-        const auto hex = hexadecimal(word);
-        value = hex ? std::optional<int64_t>(static_cast<int64_t>(*hex)) : std::nullopt;
-    }
+    std::optional<int64_t> value;
+    if (!is_hex(param.type))
+        value = decimal(word);
+    else if (const auto hex = hexadecimal(word))
+        value = static_cast<int64_t>(*hex);
     const Span span = bounds_of(param);
     if (!value || *value < span.low || *value > span.high)
         return std::nullopt;
@@ -272,6 +279,14 @@ std::optional<Bytes> pairs_in(std::string_view word, std::size_t count, char sep
     return bytes;
 }
 
+Bytes big_endian(uint64_t value, std::size_t size)
+{
+    Bytes bytes(size);
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<uint8_t>(value >> (8 * (size - 1 - i)));
+    return bytes;
+}
+
 std::optional<Bytes> read_mac(const param_descriptor &, std::string_view word)
 {
     if (auto bytes = pairs_in(word, 6, ':'))
@@ -281,21 +296,8 @@ std::optional<Bytes> read_mac(const param_descriptor &, std::string_view word)
         return std::nullopt;
     const std::string joined =
         std::string(word.substr(0, 4)) + std::string(word.substr(5, 4)) + std::string(word.substr(10, 4));
-    const auto value = hexadecimal("0x" + joined, 12);
-    if (!value || joined.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
-        return std::nullopt;
-    Bytes bytes(6);
-    for (int i = 0; i < 6; ++i)
-        bytes[static_cast<std::size_t>(i)] = static_cast<uint8_t>(*value >> (8 * (5 - i)));
-    return bytes;
-}
-
-std::optional<Bytes> big_endian(uint64_t value, std::size_t size)
-{
-    Bytes bytes(size);
-    for (std::size_t i = 0; i < size; ++i)
-        bytes[i] = static_cast<uint8_t>(value >> (8 * (size - 1 - i)));
-    return bytes;
+    const auto value = hex_digits(joined, 12);
+    return value ? std::optional(big_endian(*value, 6)) : std::nullopt;
 }
 
 std::optional<Bytes> read_wwn(const param_descriptor &param, std::string_view word)
@@ -310,7 +312,7 @@ std::optional<Bytes> read_wwn(const param_descriptor &param, std::string_view wo
 std::optional<Bytes> read_fc_id(const param_descriptor &, std::string_view word)
 {
     const auto value = hexadecimal(word, 6);
-    return value ? big_endian(*value, 4) : std::nullopt;
+    return value ? std::optional(big_endian(*value, 4)) : std::nullopt;
 }
 
 std::optional<Bytes> read_guid(const param_descriptor &, std::string_view word)
@@ -320,7 +322,7 @@ std::optional<Bytes> read_guid(const param_descriptor &, std::string_view word)
     if (word.size() != 36 || word[8] != '-' || word[13] != '-' || word[18] != '-' || word[23] != '-')
         return std::nullopt;
     const auto part = [&](std::size_t at, std::size_t digits) {
-        return hexadecimal("0x" + std::string(word.substr(at, digits)), digits);
+        return hex_digits(word.substr(at, digits), digits);
     };
     const auto data1 = part(0, 8), data2 = part(9, 4), data3 = part(14, 4), head = part(19, 4),
                tail = part(24, 12);
