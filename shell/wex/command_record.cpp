@@ -52,12 +52,12 @@ CommandRecord::CommandRecord() : info_(new pinfo), args_(new param_arg[WEX_PINFO
 void CommandRecord::add_argument(int32_t token_id, const TypedValue &value)
 {
     const std::size_t words = padded(value.bytes.size()) / 8;
-    values_.emplace_back(new uint64_t[words ? words : 1]());
-    value_sizes_.push_back(value.bytes.size());
+    Value &stored =
+        values_.emplace_back(Value{std::make_unique<uint64_t[]>(words ? words : 1), value.bytes.size()});
     if (!value.bytes.empty())
-        std::memcpy(values_.back().get(), value.bytes.data(), value.bytes.size());
+        std::memcpy(stored.words.get(), value.bytes.data(), value.bytes.size());
     param_arg &arg = args_[info_->param_count];
-    populate_param_arg(&arg, token_id, value.type, 0, value.intf_mask, values_.back().get());
+    populate_param_arg(&arg, token_id, value.type, 0, value.intf_mask, stored.words.get());
     arg.addr_type = value.addr_type;
     pinfo_insert_arg(info_.get(), &arg);
 }
@@ -99,10 +99,11 @@ std::vector<uint8_t> CommandRecord::flatten() const
     append(wire, copy);
     for (std::size_t i = 0; i < info_->param_count; ++i) {
         const param_arg &arg = args_[i];
+        const Value &value = values_[i];
         append(wire, WireArg{arg.token_id, arg.type, arg.intf_mask, arg.addr_type,
-                             static_cast<uint32_t>(value_sizes_[i])});
-        const auto *value = reinterpret_cast<const uint8_t *>(values_[i].get());
-        wire.insert(wire.end(), value, value + padded(value_sizes_[i]));
+                             static_cast<uint32_t>(value.size)});
+        const auto *bytes = reinterpret_cast<const uint8_t *>(value.words.get());
+        wire.insert(wire.end(), bytes, bytes + padded(value.size));
     }
     return wire;
 }

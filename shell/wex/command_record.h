@@ -49,10 +49,15 @@ class CommandRecord
     CommandRecord();
     void add_argument(int32_t token_id, const TypedValue &value);
 
+    // One argument's value record, 8-byte aligned, and its size in bytes.
+    struct Value {
+        std::unique_ptr<uint64_t[]> words;
+        std::size_t size;
+    };
+
     std::unique_ptr<pinfo> info_;
-    std::unique_ptr<param_arg[]> args_;               // room for every slot of the pinfo
-    std::vector<std::unique_ptr<uint64_t[]>> values_; // each value's record, 8-byte aligned
-    std::vector<std::size_t> value_sizes_;
+    std::unique_ptr<param_arg[]> args_; // room for every slot of the pinfo
+    std::vector<Value> values_;         // in argument order
 };
 
 } // namespace wex_shell
