@@ -10,9 +10,23 @@ namespace
 // Candidates named in an error at most; past that the help lists them.
 constexpr std::size_t kMaxNamed = 8;
 
-bool is_blank(char c)
+// What ends a word: a blank, or a line end left on the line.
+constexpr std::string_view kSeparators = " \t\r\n";
+
+bool separates(char c)
 {
-    return c == ' ' || c == '\t';
+    return kSeparators.find(c) != std::string_view::npos;
+}
+
+// Where the typed text ends, before any trailing separators.
+std::size_t text_end(std::string_view line)
+{
+    return line.find_last_not_of(kSeparators) + 1;
+}
+
+std::vector<std::size_t> children_of(const parse_tree_node &node)
+{
+    return {node.children, node.children + node.child_count};
 }
 
 std::string field(const char *text, std::size_t width)
@@ -126,7 +140,7 @@ std::optional<MatchError> LineMatcher::step(const parse_tree_node &node)
                           "Ambiguous word \"" + word.text + "\": it may be " + listed(found.prefix)};
     if (!found.params.empty())
         return take_parameter(found.params);
-    std::vector<std::size_t> children(node.children, node.children + node.child_count);
+    const std::vector<std::size_t> children = children_of(node);
     std::string message = "Unknown word \"" + word.text + "\"";
     if (children.empty())
         message += ": the command is complete before it";
@@ -170,8 +184,7 @@ std::optional<MatchedNode> LineMatcher::read_parameter(std::size_t node_index, s
         std::string word = words_[next_ + i].text;
         if (takes_rest_of_line(node.params[i].type)) {
             const std::size_t from = words_[next_ + i].column;
-            const std::size_t end = line_.find_last_not_of(" \t\r\n");
-            word = std::string(line_.substr(from, end + 1 - from));
+            word = std::string(line_.substr(from, text_end(line_) - from));
         }
         auto value = read_value(node.params[i], word, why);
         if (!value)
@@ -208,11 +221,11 @@ std::string LineMatcher::listed(const std::vector<std::size_t> &nodes) const
 
 MatchError LineMatcher::incomplete(const parse_tree_node &node) const
 {
-    std::vector<std::size_t> children(node.children, node.children + node.child_count);
+    const std::vector<std::size_t> children = children_of(node);
     std::string message = "Incomplete command";
     if (!children.empty() && children.size() <= kMaxNamed)
         message += ": it goes on with " + listed(children);
-    return MatchError{line_.find_last_not_of(" \t\r\n") + 1, message};
+    return MatchError{text_end(line_), message};
 }
 
 } // namespace
@@ -222,7 +235,7 @@ std::vector<Word> split_words(std::string_view line)
     std::vector<Word> words;
     std::size_t at = 0;
     while (at < line.size()) {
-        if (is_blank(line[at]) || line[at] == '\r' || line[at] == '\n') {
+        if (separates(line[at])) {
             ++at;
             continue;
         }
@@ -233,7 +246,7 @@ std::vector<Word> split_words(std::string_view line)
             word.text = std::string(line.substr(at + 1, end - at - 1));
             at = end + 1;
         } else {
-            while (at < line.size() && !is_blank(line[at]) && line[at] != '\r' && line[at] != '\n')
+            while (at < line.size() && !separates(line[at]))
                 word.text += line[at++];
         }
         words.push_back(std::move(word));
