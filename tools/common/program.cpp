@@ -31,6 +31,12 @@ bool wants_help(const std::vector<std::string> &args)
            std::find(args.begin(), args.end(), "-h") != args.end();
 }
 
+int usage_error(const char *program, const std::string &why, const char *usage)
+{
+    std::fprintf(stderr, "%s: %s\n%s", program, why.c_str(), usage);
+    return 2;
+}
+
 int finish_output(const char *program, int status)
 {
     errno = 0;

@@ -17,6 +17,10 @@ bool print_version_if_asked(const char *program, const std::vector<std::string> 
 // Whether args ask for help: --help or -h anywhere among them.
 bool wants_help(const std::vector<std::string> &args);
 
+// "PROGRAM: WHY", then the usage text, on standard error; exit status 2,
+// the status of every usage error.
+int usage_error(const char *program, const std::string &why, const char *usage);
+
 // Flushes standard output and gives status, or 2 with a line on standard
 // error when the output could not be written (a full disk, a closed pipe).
 int finish_output(const char *program, int status);

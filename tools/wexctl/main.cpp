@@ -59,8 +59,7 @@ constexpr const char *kDiffUsage =
 
 int usage_error(const std::string &why)
 {
-    std::fprintf(stderr, "wexctl: %s\n%s", why.c_str(), kUsage);
-    return 2;
+    return wex_tools::usage_error("wexctl", why, kUsage);
 }
 
 // FILE [--node N]

@@ -43,8 +43,7 @@ constexpr const char *kTreeUsage =
 
 int tree_usage_error(const std::string &why)
 {
-    std::fprintf(stderr, "wexctl: %s\n%s", why.c_str(), kTreeUsage);
-    return 2;
+    return wex_tools::usage_error("wexctl", why, kTreeUsage);
 }
 
 // The image a compile or merge made, written whole; or its errors.

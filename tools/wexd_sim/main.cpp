@@ -32,22 +32,19 @@ volatile sig_atomic_t g_reload = 0;
 
 constexpr uint32_t kQueues[] = {WEXD_QUEUE, PARSE_TREE_QUEUE, ASCII_CFG_SERVER_QUEUE, WEX_NOTIFY_QUEUE};
 
-void usage(std::FILE *to)
-{
-    std::fputs("usage: wexd-sim [--config FILE] [--log-level events|messages] [--par-dir DIR]\n"
-               "Serves wexd (queue 37), parse-tree registration (296), the configuration server (76)\n"
-               "and notifications (0) at address fe000000 on the transport under $IPCQ_RUNTIME_DIR,\n"
-               "logging one line per message (--log-level events: only starting, reloading and\n"
-               "stopping), until SIGTERM or SIGINT; SIGHUP reads FILE again.\n"
-               "FILE holds the roles, rules and locales to serve:\n"
-               "  role ops Operators of the fabric\n"
-               "  rule 1 permit show all\n"
-               "  rule 3 deny config feature zone\n"
-               "  locale fr_FR\n"
-               "DIR holds exec.par and each registered module's <module>.par; a main-tree request merges\n"
-               "them into the next main_tree<N>.par there (the highest one found at start is removed).\n",
-               to);
-}
+constexpr const char *kUsage =
+    "usage: wexd-sim [--config FILE] [--log-level events|messages] [--par-dir DIR]\n"
+    "Serves wexd (queue 37), parse-tree registration (296), the configuration server (76)\n"
+    "and notifications (0) at address fe000000 on the transport under $IPCQ_RUNTIME_DIR,\n"
+    "logging one line per message (--log-level events: only starting, reloading and\n"
+    "stopping), until SIGTERM or SIGINT; SIGHUP reads FILE again.\n"
+    "FILE holds the roles, rules and locales to serve:\n"
+    "  role ops Operators of the fabric\n"
+    "  rule 1 permit show all\n"
+    "  rule 3 deny config feature zone\n"
+    "  locale fr_FR\n"
+    "DIR holds exec.par and each registered module's <module>.par; a main-tree request merges\n"
+    "them into the next main_tree<N>.par there (the highest one found at start is removed).\n";
 
 // The roles file is read whole, and refused unless it is a regular file.
 constexpr std::size_t kMaxConfigBytes = 1u << 20;
@@ -138,7 +135,7 @@ int main(int argc, char **argv)
     std::string config_path;
     for (std::size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--help" || args[i] == "-h") {
-            usage(stdout);
+            std::fputs(kUsage, stdout);
             return wex_tools::finish_output(kProgram, 0);
         }
         if (args[i] == "--log-level" && i + 1 < args.size() && log_level_of(args[i + 1])) {
@@ -156,9 +153,7 @@ int main(int argc, char **argv)
                 return 1;
             continue;
         }
-        std::fprintf(stderr, "wexd-sim: unknown argument '%s'\n", args[i].c_str());
-        usage(stderr);
-        return 2;
+        return wex_tools::usage_error(kProgram, "unknown argument '" + args[i] + "'", kUsage);
     }
     handle_signals();
     std::vector<wexd_sim::ServedQueue> served;
