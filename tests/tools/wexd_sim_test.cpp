@@ -9,6 +9,7 @@
 #include "support/samples.h"
 #include "compiler.h"
 #include "node_record.h"
+#include "sim_replies.h"
 #include "tools/sim_process.h"
 
 #include "bcp.h"
@@ -31,6 +32,7 @@
 #include <memory>
 #include <string>
 
+using namespace std::string_literals;
 using wex_test::SimProcess;
 
 namespace
@@ -321,20 +323,34 @@ TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBa
     write_bytes(par + "/broken.par", std::vector<uint8_t>(1500, 0x55));
     write_bytes(par + "/main_tree4.par", exec); // left by a wexd before: removed at start, 5 is next
 
+    // At start, the base commands alone make the first main tree.
     SimProcess sim("", {"--par-dir", par});
     ASSERT_TRUE(sim.ready()) << sim.log();
     setenv("IPCQ_RUNTIME_DIR", sim.runtime_dir().c_str(), 1);
     const int q = ipcq_open(WEX_DEST_ADDRESS, 4400);
+    char current[WEX_FILE_NAME_SIZE] = "";
+    ASSERT_EQ(wexd_wex_dynamic_parfile_name_get(q, current), 0);
+    EXPECT_EQ(current, par + "/main_tree6.par");
+    EXPECT_EQ(std::filesystem::file_size(current), exec.size());
     const int32_t slots[2] = {1, 16};
     ASSERT_EQ(wexd_param_subtype_register(q, -1, slots), 0);
     ASSERT_TRUE(sim.wait_for_log("<module> 1..16"));
     ASSERT_EQ(wex_register_parse_tree(q, "zone"), 0);
-    EXPECT_EQ(wexd_generate_main_tree(q), 6);
+    EXPECT_EQ(wexd_generate_main_tree(q), 7);
     EXPECT_FALSE(std::filesystem::exists(par + "/main_tree4.par"));
+    // The zone commands now go to the queue that registered them.
+    void *table = nullptr;
+    uint32_t len = 0;
+    ASSERT_EQ(bcp_req_resp(wex_tools::kOpcFeatureTableGet, WEX_MSG_TYPE_READ, nullptr, &table, &len, "", "",
+                           WEXD_QUEUE, q, 5),
+              0);
+    EXPECT_EQ(std::string(static_cast<const char *>(table), len),
+              "zone"s + std::string(20, '\0') + "\x30\x11\0\0"s);
+    std::free(table);
 
     // The zone commands joined the base ones, and "show module <module>"
     // takes the slots the hardware has.
-    std::ifstream in(par + "/main_tree6.par", std::ios::binary);
+    std::ifstream in(par + "/main_tree7.par", std::ios::binary);
     const std::vector<uint8_t> main(std::istreambuf_iterator<char>(in), {});
     ASSERT_EQ(main.size(), zone.size());
     bool bounded = false;
@@ -347,7 +363,7 @@ TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBa
 
     ASSERT_EQ(wex_register_parse_tree(q, "broken"), 0);
     EXPECT_EQ(wexd_generate_main_tree(q), -1);
-    EXPECT_FALSE(std::filesystem::exists(par + "/main_tree7.par"));
+    EXPECT_FALSE(std::filesystem::exists(par + "/main_tree8.par"));
     ipcq_close(q);
     unsetenv("IPCQ_RUNTIME_DIR");
     EXPECT_EQ(sim.stop(), 0);
@@ -359,8 +375,9 @@ TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBa
 TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
 {
     char pattern[] = "/tmp/wexd-sim-files-XXXXXX";
-    const std::string dir = mkdtemp(pattern), twice = dir + "/twice.conf";
+    const std::string dir = mkdtemp(pattern), twice = dir + "/twice.conf", user = dir + "/user.conf";
     std::ofstream(twice) << "role ops\nrole ops\n";
+    std::ofstream(user) << "role ops\nuser alice ops network-operator\nuser bob opps\n";
     const std::string sim = WEXD_SIM_PATH;
     const struct {
         std::vector<std::string> args;
@@ -368,6 +385,7 @@ TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
     } refusals[] = {
         {{"--config", dir}, "wexd-sim: " + dir + ": is a directory\n"},
         {{"--config", twice}, "wexd-sim: " + twice + ": line 2: role ops is already defined\n"},
+        {{"--config", user}, "wexd-sim: " + user + ": line 3: user bob: role opps is not defined above\n"},
     };
     for (const auto &refusal : refusals) {
         const wex_test::ToolRun run = wex_test::run_tool(sim, refusal.args, dir);

@@ -27,6 +27,24 @@ struct SimLockHolder {
     uint32_t requester;
 };
 
+// Requests of the project's own to wexd-sim, outside the library's opcodes:
+// the features that registered a tree, and the roles of a user.
+inline constexpr uint32_t kOpcFeatureTableGet = 0x57580010;
+inline constexpr uint32_t kOpcUserRolesGet = 0x57580011;
+
+// One feature of the feature table: its module and the queue it registered
+// its tree from, where its commands go.
+struct SimFeatureEntry {
+    char module[24];
+    uint32_t queue;
+};
+static_assert(sizeof(SimFeatureEntry) == 28);
+
+// A user's roles: asked by name, answered with one name record per role.
+struct SimRoleName {
+    char name[WEXD_ROLE_NAME_SIZE];
+};
+
 } // namespace wex_tools
 
 #endif

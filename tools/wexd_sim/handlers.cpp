@@ -319,12 +319,19 @@ void on_tree_register(ServedQueue &queue, const ipcq_request_info_t &request, ip
         return fail(queue, request, response, "short payload");
     tree_table &table = queue.state->trees;
     const int32_t slot = find_tree(table, entry);
+    const std::string module = text_of(entry.module_id, sizeof entry.module_id);
+    const bool whole_module = entry.par_file_name[0] == '\0';
     if (request.opcode == WEX_OPC_PARSE_TREE_DEREGISTER) {
         delete_entry_from_tree_table(&table, slot);
+        if (whole_module)
+            queue.state->feature_queues.erase(module);
         return log_request(queue.number, request, tree_text(entry) + (slot < 0 ? " (not registered)" : ""));
     }
     if (slot < 0 && insert_entry_in_tree_table(&table, &entry) != 0)
         return fail(queue, request, response, "tree table full");
+    // The module's commands go to the queue that registered its tree.
+    if (whole_module)
+        queue.state->feature_queues[module] = request.sender_queue;
     log_request(queue.number, request, tree_text(entry) + (slot >= 0 ? " (again)" : ""));
 }
 
@@ -398,6 +405,40 @@ void on_feature_privilege(ServedQueue &queue, const ipcq_request_info_t &request
     reply_bytes(response, &privilege, sizeof privilege);
 }
 
+// ---- the project's own requests ----
+
+void on_feature_table_get(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
+{
+    std::vector<wex_tools::SimFeatureEntry> table;
+    for (const auto &[module, number] : queue.state->feature_queues) {
+        wex_tools::SimFeatureEntry entry{};
+        robust_strncpy(entry.module, module.c_str(), sizeof entry.module);
+        entry.queue = number;
+        table.push_back(entry);
+    }
+    log_request(queue.number, request, std::to_string(table.size()) + " features");
+    reply_bytes(response, table.data(), table.size() * sizeof(wex_tools::SimFeatureEntry));
+}
+
+void on_user_roles_get(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
+{
+    char user[sizeof(pinfo::username)];
+    if (!read_record(request, user))
+        return fail(queue, request, response, "short payload");
+    const std::string name = text_of(user, sizeof user);
+    const auto found = queue.state->users.find(name);
+    const std::vector<std::string> roles =
+        found != queue.state->users.end() ? found->second : std::vector<std::string>{"network-admin"};
+    std::vector<wex_tools::SimRoleName> names(roles.size());
+    std::string listed;
+    for (std::size_t i = 0; i < roles.size(); ++i) {
+        robust_strncpy(names[i].name, roles[i].c_str(), sizeof names[i].name);
+        listed += " " + roles[i];
+    }
+    log_request(queue.number, request, "user '" + name + "':" + listed);
+    reply_bytes(response, names.data(), names.size() * sizeof(wex_tools::SimRoleName));
+}
+
 // ---- one-way messages ----
 
 void on_default_intf(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
@@ -464,6 +505,8 @@ constexpr ipcq_route_t kWexdRoutes[] = {
     {WEX_OPC_FEATURE_PRIVILEGE_GET, IPCQ_ROUTE_BCP, locked<on_feature_privilege>},
     {WEX_OPC_LOCALE_NAME_VERIFY, IPCQ_ROUTE_BCP, locked<on_locale>},
     {WEX_OPC_LOCALE_INFO_GET, IPCQ_ROUTE_BCP, locked<on_locale>},
+    {wex_tools::kOpcFeatureTableGet, IPCQ_ROUTE_BCP, locked<on_feature_table_get>},
+    {wex_tools::kOpcUserRolesGet, IPCQ_ROUTE_BCP, locked<on_user_roles_get>},
 };
 
 constexpr ipcq_route_t kParseTreeRoutes[] = {

@@ -2,6 +2,7 @@
 // platform transport, for running features and the library off the switch.
 #include "handlers.h"
 #include "input_file.h"
+#include "main_tree.h"
 #include "message_log.h"
 #include "program.h"
 #include "role_config.h"
@@ -43,6 +44,7 @@ constexpr const char *kUsage =
     "  rule 1 permit show all\n"
     "  rule 3 deny config feature zone\n"
     "  locale fr_FR\n"
+    "  user alice ops       (a user not named holds network-admin)\n"
     "DIR holds exec.par and each registered module's <module>.par; a main-tree request merges\n"
     "them into the next main_tree<N>.par there (the highest one found at start is removed).\n";
 
@@ -64,6 +66,7 @@ bool load_config(const std::string &path, wexd_sim::SimState &state)
     const std::lock_guard guard(state.lock);
     state.roles = std::move(config.roles);
     state.locales = std::move(config.locales);
+    state.users = std::move(config.users);
     return true;
 }
 
@@ -104,6 +107,17 @@ void handle_signals()
     action.sa_handler = on_signal;
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         sigaction(signal, &action, nullptr);
+}
+
+// A shell started before any feature registers finds the base commands.
+void make_first_main_tree(wexd_sim::SimState &state)
+{
+    if (state.par_dir.empty())
+        return;
+    const wexd_sim::GeneratedTree tree = wexd_sim::generate_main_tree(state);
+    if (tree.number)
+        state.dynamic_parfile = state.par_dir + "/" + wexd_get_current_dynamic_parfile_name();
+    wexd_sim::log_event("wexd-sim: main tree " + tree.report);
 }
 
 // Opens every queue, or none: the queues already opened are closed again.
@@ -156,6 +170,7 @@ int main(int argc, char **argv)
         return wex_tools::usage_error(kProgram, "unknown argument '" + args[i] + "'", kUsage);
     }
     handle_signals();
+    make_first_main_tree(*state);
     std::vector<wexd_sim::ServedQueue> served;
     if (!open_queues(served, *state))
         return 1;

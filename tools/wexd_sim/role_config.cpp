@@ -98,6 +98,40 @@ bool add_locale(std::istringstream &line, RoleConfig &config, std::string &why)
     return true;
 }
 
+bool role_known(const RoleConfig &config, const std::string &name)
+{
+    return wex_lib_is_static_role(name.c_str()) ||
+           std::any_of(config.roles.begin(), config.roles.end(),
+                       [&](const wexd_perm_group_entry &known) { return name == known.name; });
+}
+
+bool add_user(std::istringstream &line, RoleConfig &config, std::string &why)
+{
+    std::string name, role;
+    std::vector<std::string> roles;
+    // A user name travels in the command record's user field.
+    constexpr std::size_t kMaxName = sizeof(pinfo::username) - 1;
+    if (!(line >> name) || name.size() > kMaxName) {
+        why = "a user needs a name of at most " + std::to_string(kMaxName) + " characters";
+        return false;
+    }
+    if (!admissible("user", name, config.users.count(name) > 0, config.users.size(), kMaxUsers, why))
+        return false;
+    while (line >> role) {
+        if (!role_known(config, role)) {
+            why = "user " + name + ": role " + role + " is not defined above";
+            return false;
+        }
+        roles.push_back(role);
+    }
+    if (roles.empty() || roles.size() > kMaxRolesPerUser) {
+        why = "user " + name + " needs from 1 to " + std::to_string(kMaxRolesPerUser) + " roles";
+        return false;
+    }
+    config.users[name] = std::move(roles);
+    return true;
+}
+
 } // namespace
 
 bool read_role_config(std::istream &in, RoleConfig &config, std::string &error)
@@ -115,8 +149,10 @@ bool read_role_config(std::istream &in, RoleConfig &config, std::string &error)
             used = add_rule(line, config, why);
         else if (keyword == "locale")
             used = add_locale(line, config, why);
+        else if (keyword == "user")
+            used = add_user(line, config, why);
         else
-            why = "unknown line (role, rule, locale)";
+            why = "unknown line (role, rule, locale, user)";
         if (!used) {
             error = "line " + std::to_string(number) + ": " + why;
             return false;

@@ -29,6 +29,8 @@ struct SimState {
     uint32_t cli_holder = 0;
     std::vector<wexd_perm_group_entry> roles;
     std::vector<std::string> locales;
+    std::map<std::string, std::vector<std::string>> users; // each user's roles
+    std::map<std::string, uint32_t> feature_queues;        // module -> queue it registered from
     std::map<std::string, Bounds> subtypes;
     uint32_t feature_privilege = 1;
 
