@@ -51,9 +51,10 @@ CommandRecord::CommandRecord() : info_(new pinfo), args_(new param_arg[WEX_PINFO
 
 void CommandRecord::add_argument(int32_t token_id, const TypedValue &value)
 {
-    const std::size_t words = padded(value.bytes.size()) / 8;
-    Value &stored =
-        values_.emplace_back(Value{std::make_unique<uint64_t[]>(words ? words : 1), value.bytes.size()});
+    // A zero word after every value: a text rebuilt from another process
+    // ends inside its record even when its own terminator was left off.
+    const std::size_t words = padded(value.bytes.size()) / 8 + 1;
+    Value &stored = values_.emplace_back(Value{std::make_unique<uint64_t[]>(words), value.bytes.size()});
     if (!value.bytes.empty())
         std::memcpy(stored.words.get(), value.bytes.data(), value.bytes.size());
     param_arg &arg = args_[info_->param_count];
@@ -139,6 +140,10 @@ std::optional<CommandRecord> CommandRecord::rebuild(std::span<const uint8_t> wir
         }
         const TypedValue value{arg.type, arg.intf_mask, arg.addr_type,
                                std::vector<uint8_t>(wire.data() + at, wire.data() + at + arg.value_size)};
+        if (!value_fits(value.type, value.bytes)) {
+            why = "a command record whose argument " + std::to_string(i + 1) + " is not a value of its type";
+            return std::nullopt;
+        }
         record.add_argument(arg.token_id, value);
         at += padded(arg.value_size);
     }

@@ -567,4 +567,37 @@ std::optional<TypedValue> read_value(const param_descriptor &param, std::string_
     return value;
 }
 
+bool value_fits(uint32_t type, std::span<const uint8_t> bytes)
+{
+    const auto word_at = [&](std::size_t at) {
+        uint32_t word = 0;
+        std::memcpy(&word, bytes.data() + at, sizeof word);
+        return std::size_t{word};
+    };
+    switch (type) {
+    case TYPE_INT_MULTI_RANGE:
+    case TYPE_VSAN_MULTI_RANGE:
+        return bytes.size() >= 8 && bytes.size() == 8 + sizeof(integer_range) * word_at(4);
+    case TYPE_HEX_MULTI_RANGE:
+        return bytes.size() >= 4 && bytes.size() == 4 + sizeof(integer_range) * word_at(0);
+    case TYPE_INTERFACE_RANGE:
+        return bytes.size() == sizeof(intf_range_list) && word_at(4) <= WEX_INTF_RANGE_MAX_INDEX + 1;
+    case TYPE_INT_RANGE:
+    case TYPE_HEX_RANGE:
+    case TYPE_VSAN_RANGE:
+    case TYPE_WWN:
+    case TYPE_LUN:
+    case TYPE_COMMUNITY:
+        return bytes.size() == 8;
+    case TYPE_INT:
+    case TYPE_HEX:
+    case TYPE_VSAN:
+    case TYPE_FC_ID:
+    case TYPE_INTERFACE:
+        return bytes.size() == 4;
+    default: // texts end inside their record whatever they hold
+        return true;
+    }
+}
+
 } // namespace wex_shell

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,11 @@ std::optional<TypedValue> read_value(const param_descriptor &param, std::string_
 // What param expects, as the help and the errors name it: "an integer from
 // 1 to 4094", "a port WWN, as 10:00:00:00:c9:12:34:56".
 std::string expected_form(const param_descriptor &param);
+
+// Whether bytes have the shape of a value of type as read_value makes it:
+// a list's count within its bytes, a record as long as its layout. A
+// receiver checks a value from another process before it reads one.
+bool value_fits(uint32_t type, std::span<const uint8_t> bytes);
 
 // Whether the type takes the rest of the command line as its one value.
 bool takes_rest_of_line(uint32_t type);
