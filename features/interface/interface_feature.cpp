@@ -123,6 +123,7 @@ std::vector<uint32_t> InterfaceFeature::indexes_of(const param_arg *ranges) cons
 
 Applied InterfaceFeature::enter(const pinfo &command)
 {
+    sessions_.erase(command.session_id); // whatever happens, the old selection is left
     std::vector<uint32_t> indexes = indexes_of(argument(command, 0));
     if (indexes.empty())
         return refused("interface: no interface named");

@@ -120,6 +120,7 @@ Applied ZoneFeature::name_command(const pinfo &command, bool zone_set)
     const char *kind = zone_set ? "zone set" : "zone";
     const Key key{number_argument(command, 1), text_argument(command, 0)};
     const auto found = table.find(key);
+    sessions_.erase(command.session_id); // whatever happens, the old selection is left
     if (command.no_flag) {
         if (found == table.end())
             return refused(key_text(kind, key) + " does not exist");

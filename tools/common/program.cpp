@@ -17,11 +17,16 @@
 namespace wex_tools
 {
 
+const char *project_version()
+{
+    return WEX_PROJECT_VERSION;
+}
+
 bool print_version_if_asked(const char *program, const std::vector<std::string> &args)
 {
     if (std::find(args.begin(), args.end(), "--version") == args.end())
         return false;
-    std::printf("%s %s\n", program, WEX_PROJECT_VERSION);
+    std::printf("%s %s\n", program, project_version());
     return true;
 }
 

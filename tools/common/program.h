@@ -10,6 +10,9 @@
 namespace wex_tools
 {
 
+// The project's version, as "1.2.3".
+const char *project_version();
+
 // "PROGRAM VERSION\n" on standard output when args hold --version; true
 // when they did.
 bool print_version_if_asked(const char *program, const std::vector<std::string> &args);

@@ -1,5 +1,6 @@
 #include "daemon_commands.h"
 
+#include "daemon_queries.h"
 #include "input_file.h"
 #include "program.h"
 #include "sim_replies.h"
@@ -25,23 +26,10 @@ namespace
 using Args = std::vector<std::string>;
 using wex_tools::status_text;
 
+using wex_tools::holder_text;
+using wex_tools::lock_holder;
+using wex_tools::open_client_queue;
 using wex_tools::SimLockHolder;
-// How long a read of the lock may take, in the transport's seconds, as
-// every other request to wexd.
-constexpr uint32_t kLockReadTimeout = 10;
-
-// This process's own queue: a number from its process id, the next one
-// when a live process holds it.
-int open_client_queue()
-{
-    for (uint32_t attempt = 0; attempt < 16; ++attempt) {
-        const int q =
-            ipcq_open(WEX_DEST_ADDRESS, 20000 + (static_cast<uint32_t>(getpid()) + attempt) % 40000);
-        if (q >= 0 || errno != EADDRINUSE)
-            return q;
-    }
-    return -1;
-}
 
 // A request that failed: its status by name; an exchange that never took
 // place also gets the library's own words for it.
@@ -81,28 +69,6 @@ int trees(int q, const Args &)
     show_tree_table(table->entries, static_cast<uint32_t>(last + 1));
     std::free(table);
     return 0;
-}
-
-std::optional<SimLockHolder> lock_holder(int q)
-{
-    wexd_cli_lock_req query{};
-    void *reply = nullptr;
-    uint32_t len = sizeof query;
-    const int result = bcp_req_resp(WEX_OPC_CLI_LOCK, WEX_MSG_TYPE_READ, &query, &reply, &len, "", "",
-                                    WEXD_QUEUE, q, kLockReadTimeout);
-    SimLockHolder holder{};
-    const bool answered = result == 0 && reply && len == sizeof holder;
-    if (answered)
-        std::memcpy(&holder, reply, sizeof holder);
-    std::free(reply);
-    return answered ? std::optional(holder) : std::nullopt;
-}
-
-std::string holder_text(const std::optional<SimLockHolder> &holder)
-{
-    if (!holder)
-        return "wexd does not say who holds it";
-    return holder->locked ? "held by requester " + std::to_string(holder->requester) : "not held";
 }
 
 int show_lock(int q)

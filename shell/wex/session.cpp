@@ -1,0 +1,351 @@
+#include "session.h"
+
+#include "daemon_queries.h"
+#include "output_file.h"
+#include "program.h"
+
+#include <wex/diag.h>
+
+#include "bcp.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace wex_shell
+{
+namespace
+{
+
+// Commands sent to a feature in one request at most: a batch's answers
+// stay far inside one reply.
+constexpr std::size_t kMaxBatch = 256;
+constexpr std::string_view kRedirection = " > ";
+
+std::string field(const char *text, std::size_t width)
+{
+    return std::string(text, strnlen(text, width));
+}
+
+// The library's own words for a request that went unanswered, on standard
+// error with the shell's other complaints.
+void print_exchange_failure(int error)
+{
+    wex_tools::on_standard_error([error] {
+        if (error == ETIME)
+            wex_print_timeout_message(1);
+        else
+            wex_print_communication_failure_message();
+    });
+}
+
+// A feature's blocks, each first line at the left and the lines of its
+// submode under it, indented by two blanks.
+std::string render(std::vector<ConfigBlock> blocks)
+{
+    std::stable_sort(blocks.begin(), blocks.end(),
+                     [](const ConfigBlock &a, const ConfigBlock &b) { return a.priority < b.priority; });
+    std::string text;
+    for (const ConfigBlock &block : blocks) {
+        std::istringstream lines(block.text);
+        std::string line;
+        for (bool first = true; std::getline(lines, line); first = false)
+            text += (first ? "" : "  ") + line + "\n";
+    }
+    return text;
+}
+
+} // namespace
+
+Session::Session(ShellSetup setup) : setup_(std::move(setup))
+{
+    modes_.push_back({0, ""});
+    if (setup_.options.source == Source::configuration && !enter_configuration())
+        failed_ = true;
+}
+
+bool Session::report(std::size_t number, std::string_view line, const std::string &message)
+{
+    failed_ = true;
+    if (number > 0)
+        std::fprintf(stderr, "line %zu: %.*s\n", number, static_cast<int>(line.size()), line.data());
+    std::fputs(message.c_str(), stderr);
+    if (message.empty() || message.back() != '\n')
+        std::fputc('\n', stderr);
+    return !setup_.options.stop_on_error;
+}
+
+void Session::enter(std::size_t node)
+{
+    modes_.push_back(
+        {node, field(setup_.tree->node(node).SubMode_Prompt, sizeof(parse_tree_node::SubMode_Prompt))});
+}
+
+bool Session::enter_configuration()
+{
+    const std::optional<wex_tools::SimLockHolder> holder = wex_tools::lock_holder(setup_.q);
+    if (holder && holder->locked) {
+        std::fprintf(stderr, "%% Configuration mode is locked: %s\n", wex_tools::holder_text(holder).c_str());
+        return false;
+    }
+    // Configuration mode is the node "configure terminal" reaches.
+    const MatchResult result = match_line(*setup_.tree, 0, "configure terminal");
+    const auto *match = std::get_if<Match>(&result);
+    if (!match)
+        return false;
+    enter(match->path.back().node);
+    return true;
+}
+
+bool Session::run_line(std::string_view line, std::size_t number)
+{
+    while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t'))
+        line.remove_suffix(1);
+    const std::size_t start = line.find_first_not_of(" \t");
+    if (start == std::string_view::npos || line[start] == '!' || line[start] == '#')
+        return true;
+    line.remove_prefix(start);
+    // The lines under a configuration command that failed belong to it:
+    // applied, they would change whatever the submode held before.
+    if (skip_under_ && start > *skip_under_)
+        return report(number, line, "% skipped: it belongs to the failed command above");
+    skip_under_.reset();
+    const bool failed_before = failed_;
+    failed_ = false;
+    const bool go_on = run_indented(line, number);
+    if (failed_)
+        skip_under_ = start;
+    failed_ = failed_ || failed_before;
+    return go_on;
+}
+
+bool Session::run_indented(std::string_view line, std::size_t number)
+{
+
+    std::string target;
+    if (const std::size_t at = line.rfind(kRedirection); at != std::string_view::npos) {
+        target = std::string(line.substr(at + kRedirection.size()));
+        line = line.substr(0, at);
+    }
+    // A line that is not a command of the current submode may be one of a
+    // mode above it: a configuration's indentation is not needed.
+    MatchResult result = match_line(*setup_.tree, modes_.back().node, line);
+    for (std::size_t depth = modes_.size() - 1; std::holds_alternative<MatchError>(result) && depth > 1;) {
+        MatchResult above = match_line(*setup_.tree, modes_[--depth].node, line);
+        if (std::holds_alternative<Match>(above))
+            modes_.resize(depth + 1);
+        // Of two errors, the one further along the line says more.
+        if (std::holds_alternative<Match>(above) ||
+            std::get<MatchError>(above).column > std::get<MatchError>(result).column)
+            result = std::move(above);
+    }
+    // What waits for its feature goes first, so that errors come in line order.
+    if (const auto *error = std::get_if<MatchError>(&result))
+        return flush() && report(number, line, describe_error(line, *error));
+    if (target.empty())
+        return run_match(std::get<Match>(result), line, number, nullptr);
+
+    // "COMMAND > FILE": the output in full, then the file written whole.
+    char *buffer = nullptr;
+    std::size_t size = 0;
+    FILE *captured = open_memstream(&buffer, &size);
+    if (!captured)
+        return report(number, line, "% no memory to hold the output for " + target);
+    const bool go_on = flush() && run_match(std::get<Match>(result), line, number, captured);
+    std::fclose(captured);
+    if (!wex_tools::write_file_whole("wex", target, {reinterpret_cast<const uint8_t *>(buffer), size}))
+        failed_ = true;
+    std::free(buffer);
+    return go_on && !(failed_ && setup_.options.stop_on_error);
+}
+
+bool Session::run_match(const Match &match, std::string_view line, std::size_t number, FILE *out)
+{
+    const parse_tree_node &last = setup_.tree->node(match.path.back().node);
+    const std::string module = field(last.module_id, sizeof last.module_id);
+    const std::string first = field(setup_.tree->node(match.path.front().node).Token, sizeof last.Token);
+    if (const auto refusal = setup_.authorization.refusal(command_class(first, modes_.size() > 1), module))
+        return report(number, line, "% " + *refusal);
+    const std::string function = field(last.Func_ID, sizeof last.Func_ID);
+    if (setup_.features.count(module) == 0 && function.rfind("wex_", 0) == 0) {
+        if (!flush())
+            return false;
+        if (!run_built_in(function, match, out ? out : stdout))
+            return report(number, line, "");
+        return true;
+    }
+    return dispatch(match, line, number, out);
+}
+
+bool Session::dispatch(const Match &match, std::string_view line, std::size_t number, FILE *out)
+{
+    const std::size_t node = match.path.back().node;
+    const parse_tree_node &last = setup_.tree->node(node);
+    const std::string module = field(last.module_id, sizeof last.module_id);
+    if (setup_.features.count(module) == 0)
+        return report(number, line, "% No feature serves this command (" + module + " is not registered)");
+    CommandRecord record =
+        CommandRecord::build(*setup_.tree, match, setup_.context, static_cast<int32_t>(modes_.size() - 1));
+    const bool enters = (last.action & WEX_ACTION_SUBMODE) != 0 && !match.negated;
+    if (!batching() || out) {
+        ExecuteBatch one{setup_.options.stop_on_error ? kStopOnError : 0, {record.flatten()}};
+        const bool applied = send_batch(module, one, {{number, std::string(line)}}, out);
+        if (applied && !failed_ && enters)
+            enter(node);
+        return applied;
+    }
+    if (pending_module_ != module && !flush())
+        return false;
+    pending_module_ = module;
+    pending_.flags = setup_.options.stop_on_error ? kStopOnError : 0;
+    pending_.records.push_back(record.flatten());
+    pending_lines_.push_back({number, std::string(line)});
+    // The submode is entered at once: the feature keeps what the session
+    // works on, and refuses the lines after an entry it refused.
+    if (enters)
+        enter(node);
+    return pending_.records.size() < kMaxBatch || flush();
+}
+
+bool Session::flush()
+{
+    if (pending_.records.empty())
+        return true;
+    ExecuteBatch batch = std::move(pending_);
+    std::vector<Pending> lines = std::move(pending_lines_);
+    pending_ = {};
+    pending_lines_.clear();
+    return send_batch(pending_module_, batch, std::move(lines), nullptr);
+}
+
+bool Session::send_batch(const std::string &module, const ExecuteBatch &batch, std::vector<Pending> lines,
+                         FILE *out)
+{
+    const Bytes request = encode_batch(batch);
+    void *reply = nullptr;
+    uint32_t len = static_cast<uint32_t>(request.size());
+    const int result = bcp_req_resp(kOpcExecute, WEX_MSG_TYPE_WRITE, request.data(), &reply, &len, "", "",
+                                    setup_.features[module], setup_.q, kFeatureTimeout);
+    const int error = errno;
+    std::optional<std::vector<CommandOutcome>> outcomes;
+    if (result == 0 && reply)
+        outcomes = decode_outcomes({static_cast<const uint8_t *>(reply), len});
+    std::free(reply);
+    if (!outcomes || outcomes->size() > lines.size()) {
+        if (result < 0)
+            print_exchange_failure(error);
+        return report(lines.front().number, lines.front().line,
+                      "% " + module + (result < 0 ? " did not take the command" : " answered out of turn"));
+    }
+    FILE *shown = out ? out : stdout;
+    for (std::size_t i = 0; i < outcomes->size(); ++i) {
+        const CommandOutcome &outcome = (*outcomes)[i];
+        if (outcome.status != 0) {
+            if (!report(lines[i].number, lines[i].line, outcome.text))
+                return false;
+        } else if (!setup_.options.quiet || out) {
+            std::fwrite(outcome.text.data(), 1, outcome.text.size(), shown);
+        }
+    }
+    return outcomes->size() == lines.size();
+}
+
+std::optional<std::string> Session::running_config(const std::string &excluded)
+{
+    std::vector<ConfigBlock> blocks;
+    for (const auto &[module, queue] : setup_.features) {
+        if (module == excluded)
+            continue;
+        uint32_t start = 0;
+        do {
+            const Bytes request = encode_page_request(start);
+            void *reply = nullptr;
+            uint32_t len = static_cast<uint32_t>(request.size());
+            const int result = bcp_req_resp(kOpcRunningConfig, WEX_MSG_TYPE_READ, request.data(), &reply,
+                                            &len, "", "", queue, setup_.q, kFeatureTimeout);
+            const int error = errno;
+            std::optional<ConfigPage> page;
+            if (result == 0 && reply)
+                page = decode_page({static_cast<const uint8_t *>(reply), len});
+            std::free(reply);
+            // A configuration missing a feature's part is never shown as
+            // the whole: a snapshot taken from it would lose that part.
+            if (!page || (page->next != 0 && page->next <= start)) {
+                if (result < 0)
+                    print_exchange_failure(error);
+                std::fprintf(stderr, "%% %s did not give its running configuration\n", module.c_str());
+                return std::nullopt;
+            }
+            std::move(page->blocks.begin(), page->blocks.end(), std::back_inserter(blocks));
+            start = page->next;
+        } while (start != 0);
+    }
+    return render(std::move(blocks));
+}
+
+bool Session::show_running(const std::string &excluded, FILE *out)
+{
+    const std::optional<std::string> text = running_config(excluded);
+    if (!text)
+        return false;
+    if (!setup_.options.quiet || out != stdout)
+        std::fwrite(text->data(), 1, text->size(), out);
+    return true;
+}
+
+bool Session::run_built_in(const std::string &function, const Match &match, FILE *out)
+{
+    const std::string startup =
+        setup_.tree_path.substr(0, setup_.tree_path.rfind('/') + 1) + "startup-config";
+    if (function == "wex_configure")
+        return enter_configuration();
+    if (function == "wex_end") {
+        modes_.resize(1);
+        return true;
+    }
+    if (function == "wex_exit") {
+        if (modes_.size() > 1)
+            modes_.pop_back();
+        return true;
+    }
+    if (function == "wex_show_running") {
+        const auto &values = match.path.back().values;
+        return show_running(values.empty() ? "" : reinterpret_cast<const char *>(values.front().bytes.data()),
+                            out);
+    }
+    if (function == "wex_show_startup") {
+        std::ifstream file(startup, std::ios::binary);
+        if (!file) {
+            std::fputs("% No startup configuration is saved\n", stderr);
+            return false;
+        }
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        std::fwrite(text.data(), 1, text.size(), out);
+        return true;
+    }
+    if (function == "wex_copy_running" && match.full_text == "copy running-config startup-config") {
+        const std::optional<std::string> text = running_config("");
+        return text && wex_tools::write_file_whole(
+                           "wex", startup, {reinterpret_cast<const uint8_t *>(text->data()), text->size()});
+    }
+    if (function == "wex_show_version") {
+        std::fprintf(out, "wex %s\n", wex_tools::project_version());
+        return true;
+    }
+    if (function == "wex_terminal_length")
+        return true; // a run without a terminal never pages
+    if (function == "wex_show_users") {
+        std::fprintf(out, "%-16s %-16s %s\n%-16s %-16s %s\n", "USER", "TERMINAL", "SESSION",
+                     setup_.context.user.c_str(), setup_.context.terminal.c_str(),
+                     setup_.context.session_id.c_str());
+        return true;
+    }
+    std::fprintf(stderr, "%% %s is not available off the switch\n", match.full_text.c_str());
+    return false;
+}
+
+} // namespace wex_shell

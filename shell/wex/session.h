@@ -1,0 +1,79 @@
+// One run of the shell: lines matched in the current mode, authorized,
+// then run by the shell itself (modes, the running configuration) or sent
+// to the feature that owns them, in batches while nothing waits on their
+// answer.
+#ifndef WEX_SHELL_SESSION_H
+#define WEX_SHELL_SESSION_H
+
+#include "authorization.h"
+#include "command_record.h"
+#include "feature_protocol.h"
+#include "options.h"
+
+#include <cstdio>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace wex_shell
+{
+
+struct ShellSetup {
+    const MainTree *tree;
+    std::string tree_path; // the startup configuration is kept beside it
+    int q;                 // this process's queue
+    Options options;
+    SessionContext context;
+    Authorization authorization;
+    std::map<std::string, uint32_t> features; // module -> its queue
+};
+
+class Session
+{
+  public:
+    explicit Session(ShellSetup setup);
+
+    // Runs one line (number counts from 1, 0 for a line typed at once);
+    // false when the run must stop.
+    bool run_line(std::string_view line, std::size_t number);
+    // Sends what is still waiting for its feature; false when the run must
+    // stop.
+    bool flush();
+    bool failed() const { return failed_; }
+
+  private:
+    struct Mode {
+        std::size_t node;
+        std::string prompt;
+    };
+    struct Pending {
+        std::size_t number;
+        std::string line;
+    };
+
+    bool run_indented(std::string_view line, std::size_t number);
+    bool run_match(const Match &match, std::string_view line, std::size_t number, FILE *out);
+    bool run_built_in(const std::string &function, const Match &match, FILE *out);
+    bool dispatch(const Match &match, std::string_view line, std::size_t number, FILE *out);
+    bool send_batch(const std::string &module, const ExecuteBatch &batch, std::vector<Pending> lines,
+                    FILE *out);
+    bool show_running(const std::string &excluded, FILE *out);
+    std::optional<std::string> running_config(const std::string &excluded);
+    bool enter_configuration();
+    void enter(std::size_t node);
+    bool report(std::size_t number, std::string_view line, const std::string &message);
+    bool batching() const { return setup_.options.source != Source::command_line; }
+
+    ShellSetup setup_;
+    std::vector<Mode> modes_; // exec at the bottom
+    bool failed_ = false;
+    std::string pending_module_;
+    ExecuteBatch pending_;
+    std::vector<Pending> pending_lines_;
+    std::optional<std::size_t> skip_under_; // the indentation of the last line that failed
+};
+
+} // namespace wex_shell
+
+#endif

@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# The shell as its users meet it: wexd-sim, the zone and interface features
+# and wex, started from a build; each run's output, errors and exit status.
+set -uo pipefail
+build=$1
+runtime=$(mktemp -d)
+export IPCQ_RUNTIME_DIR=$runtime USER=tester
+cp -r "$build/par" "$runtime/par"
+pids=()
+cleanup() {
+  kill "${pids[@]}" 2> /dev/null
+  wait 2> /dev/null
+  rm -rf "$runtime"
+}
+trap cleanup EXIT
+wait_for() { # FILE TEXT: until the file holds the text, 5 s at most
+  for _ in $(seq 100); do grep -qF "$2" "$1" 2> /dev/null && return 0; sleep 0.05; done
+  echo "no '$2' in $1"; cat "$1"; exit 1
+}
+"$build/tools/wexd-sim" --par-dir "$runtime/par" --log-level events > "$runtime/sim.log" 2>&1 &
+pids+=($!)
+wait_for "$runtime/sim.log" "serving queues"
+for feature in zone interface; do
+  "$build/features/wex-$feature" 2> "$runtime/$feature.log" &
+  pids+=($!)
+  wait_for "$runtime/$feature.log" "commands in main tree"
+done
+
+failures=0
+# check NAME STATUS EXPECTED [wex arguments...]: standard output and error
+# together, standard input from the caller.
+check() {
+  local name=$1 status=$2 expected=$3 output actual
+  shift 3
+  output=$("$build/shell/wex/wex" "$@" 2>&1)
+  actual=$?
+  if [[ $actual != "$status" || $output != "$expected" ]]; then
+    printf '%s: status %s (expected %s)\n--- got\n%s\n--- expected\n%s\n' "$name" "$actual" "$status" \
+      "$output" "$expected"
+    failures=$((failures + 1))
+  fi
+}
+
+check "a zone, abbreviated" 0 "" -nRc \
+  "conf t ; zone name Z1 vsan 10 ; member wwn 10:00:00:00:C9:12:34:56 ; member fcid 0x10203" < /dev/null
+check "a configuration with a bad line" 1 \
+'line 5: zone name Z2 vsan 5000
+zone name Z2 vsan 5000
+                  ^
+% Bad value "5000" for <VSAN>: a VSAN id from 1 to 4094
+line 6: member fcid 0x1
+% skipped: it belongs to the failed command above' <<'CFG'
+vsan 20 name Prod
+interface fc1/1-2
+  vsan 20
+  speed 8000
+zone name Z2 vsan 5000
+  member fcid 0x1
+CFG
+running='vsan 20 name Prod
+interface fc1/1
+  speed 8000
+  vsan 20
+interface fc1/2
+  speed 8000
+  vsan 20
+zone name Z1 vsan 10
+  member wwn 10:00:00:00:c9:12:34:56
+  member fcid 0x010203'
+check "the running configuration" 0 "$running" -nRc "show running-config" < /dev/null
+check "without a feature" 0 "${running#*  vsan 20$'\n'*  vsan 20$'\n'}" -c "show running-config exclude interface" \
+  < /dev/null
+check "to a file" 0 "" -nRc "show running-config > $runtime/saved.cfg " < /dev/null
+[[ $(cat "$runtime/saved.cfg") == "$running" ]] || { echo "saved.cfg differs"; failures=$((failures + 1)); }
+check "a misspelt word" 1 'shw run
+^
+% Unknown word "shw": expected configure, show, copy, terminal, ping, ssh' -nRc "shw run" < /dev/null
+check "a usage error" 2 "$("$build/shell/wex/wex" --help | sed '1s/^/wex: -e takes 0 or 1\n/')" -e 7 -c "show version"
+
+kill -KILL "${pids[1]}" # the zone feature dies: it stays registered
+wait "${pids[1]}" 2> /dev/null
+check "a feature that is gone" 1 'Communication could not be established with the process
+% zone did not take the command' -nRc "show zone" < /dev/null
+check "its part of the configuration" 1 'Communication could not be established with the process
+% zone did not give its running configuration' -nRc "show running-config" < /dev/null
+exit $((failures > 0))

@@ -1,0 +1,85 @@
+#include "daemon_queries.h"
+
+#include "bcp.h"
+#include "ipcq.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+namespace wex_tools
+{
+namespace
+{
+
+// How long a read may take, in the transport's seconds, as every other
+// request to wexd.
+constexpr uint32_t kReadTimeout = 10;
+
+// A read whose reply is a whole number of records: the records, or nothing.
+template <typename Record>
+std::optional<std::vector<Record>> read_records(int q, uint32_t opcode, const void *query, uint32_t query_len,
+                                                int &status)
+{
+    void *reply = nullptr;
+    uint32_t len = query_len;
+    status =
+        bcp_req_resp(opcode, WEX_MSG_TYPE_READ, query, &reply, &len, "", "", WEXD_QUEUE, q, kReadTimeout);
+    std::optional<std::vector<Record>> records;
+    if (status == 0 && len % sizeof(Record) == 0) {
+        records.emplace(len / sizeof(Record));
+        if (len > 0)
+            std::memcpy(records->data(), reply, len);
+    }
+    std::free(reply);
+    return records;
+}
+
+} // namespace
+
+int open_client_queue()
+{
+    for (uint32_t attempt = 0; attempt < 16; ++attempt) {
+        const int q =
+            ipcq_open(WEX_DEST_ADDRESS, 20000 + (static_cast<uint32_t>(getpid()) + attempt) % 40000);
+        if (q >= 0 || errno != EADDRINUSE)
+            return q;
+    }
+    return -1;
+}
+
+std::optional<SimLockHolder> lock_holder(int q)
+{
+    wexd_cli_lock_req query{};
+    int status = 0;
+    const auto holders = read_records<SimLockHolder>(q, WEX_OPC_CLI_LOCK, &query, sizeof query, status);
+    return holders && holders->size() == 1 ? std::optional(holders->front()) : std::nullopt;
+}
+
+std::string holder_text(const std::optional<SimLockHolder> &holder)
+{
+    if (!holder)
+        return "wexd does not say who holds it";
+    return holder->locked ? "held by requester " + std::to_string(holder->requester) : "not held";
+}
+
+std::optional<std::vector<SimFeatureEntry>> feature_table(int q, int &status)
+{
+    return read_records<SimFeatureEntry>(q, kOpcFeatureTableGet, nullptr, 0, status);
+}
+
+std::optional<std::vector<std::string>> user_roles(int q, const std::string &user, int &status)
+{
+    char name[sizeof(pinfo::username)] = {};
+    robust_strncpy(name, user.c_str(), sizeof name);
+    const auto records = read_records<SimRoleName>(q, kOpcUserRolesGet, name, sizeof name, status);
+    if (!records)
+        return std::nullopt;
+    std::vector<std::string> roles;
+    for (const SimRoleName &role : *records)
+        roles.emplace_back(role.name, strnlen(role.name, sizeof role.name));
+    return roles;
+}
+
+} // namespace wex_tools
