@@ -222,6 +222,22 @@ int32_t number_argument(const pinfo &command, int index)
     return value;
 }
 
+std::vector<integer_range> range_list_argument(const pinfo &command, int index)
+{
+    const param_arg *arg = argument(command, index);
+    if (!arg || !arg->value)
+        return {};
+    // The hexadecimal list starts with its count; the others carry a word
+    // before it. The record was checked to hold as many ranges as it says.
+    const bool hex = arg->type == TYPE_HEX_MULTI_RANGE;
+    const auto *bytes = static_cast<const uint8_t *>(arg->value);
+    uint32_t count = 0;
+    std::memcpy(&count, bytes + (hex ? 0 : 4), sizeof count);
+    std::vector<integer_range> ranges(count);
+    std::memcpy(ranges.data(), bytes + (hex ? 4 : 8), count * sizeof(integer_range));
+    return ranges;
+}
+
 std::string last_word(const pinfo &command)
 {
     const std::string text(command.ascii_cmd, strnlen(command.ascii_cmd, sizeof command.ascii_cmd));

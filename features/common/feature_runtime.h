@@ -54,6 +54,9 @@ const param_arg *argument(const pinfo &command, int index);
 std::string text_argument(const pinfo &command, int index);
 int32_t number_argument(const pinfo &command, int index);
 
+// The ranges of a multi-range argument, empty when there is none.
+std::vector<integer_range> range_list_argument(const pinfo &command, int index);
+
 // The last word of a command's full text: the keyword chosen among several.
 std::string last_word(const pinfo &command);
 

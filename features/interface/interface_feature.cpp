@@ -212,14 +212,9 @@ Applied InterfaceFeature::show_brief(const pinfo &command) const
 
 Applied InterfaceFeature::show_vsans(const pinfo &command) const
 {
-    const param_arg *arg = argument(command, 0);
-    integer_multi_range head{};
-    if (!arg || !arg->value)
+    const std::vector<integer_range> ranges = range_list_argument(command, 0);
+    if (ranges.empty())
         return refused("interface: VSANs without their ranges");
-    std::memcpy(&head, arg->value, sizeof head);
-    std::vector<integer_range> ranges(std::min<uint32_t>(head.count, 65));
-    std::memcpy(ranges.data(), static_cast<const uint8_t *>(arg->value) + sizeof head,
-                ranges.size() * sizeof(integer_range));
     std::map<int32_t, Vsan> all = vsans_;
     all.emplace(1, Vsan{"VSAN0001", false});
     std::string text;

@@ -221,14 +221,9 @@ Applied ZoneFeature::show(const pinfo &command) const
 
 Applied ZoneFeature::show_fcids(const pinfo &command) const
 {
-    const param_arg *arg = argument(command, 0);
-    hex_multi_range head{};
-    if (!arg || !arg->value)
+    const std::vector<integer_range> ranges = range_list_argument(command, 0);
+    if (ranges.empty())
         return refused("zone: FC IDs without their ranges");
-    std::memcpy(&head, arg->value, sizeof head);
-    std::vector<integer_range> ranges(std::min<uint32_t>(head.count, 64));
-    std::memcpy(ranges.data(), static_cast<const uint8_t *>(arg->value) + sizeof head,
-                ranges.size() * sizeof(integer_range));
     std::string text;
     for (const auto &[key, members] : zones_) {
         for (const std::string &member : members) {
