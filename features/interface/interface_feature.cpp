@@ -219,9 +219,8 @@ Applied InterfaceFeature::show_vsans(const pinfo &command) const
     all.emplace(1, Vsan{"VSAN0001", false});
     std::string text;
     for (const auto &[id, vsan] : all) {
-        const auto in = [&](const integer_range &r) {
-            return uint32_t(id) >= r.low && uint32_t(id) <= r.high;
-        };
+        const auto number = static_cast<uint32_t>(id); // a lambda may not name a structured binding
+        const auto in = [number](const integer_range &r) { return number >= r.low && number <= r.high; };
         if (std::any_of(ranges.begin(), ranges.end(), in))
             text += "vsan " + std::to_string(id) + " information\n  name:" + vsan.name +
                     "  state:" + (vsan.suspended ? "suspended" : "active") + "\n";
