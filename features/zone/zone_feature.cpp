@@ -124,8 +124,8 @@ Applied ZoneFeature::name_command(const pinfo &command, bool zone_set)
     if (command.no_flag) {
         if (found == table.end())
             return refused(key_text(kind, key) + " does not exist");
-        if (!zone_set && !zone_set_naming(key).empty())
-            return refused(key_text(kind, key) + " is a member of zone set " + zone_set_naming(key));
+        if (const std::string set = zone_set ? "" : zone_set_naming(key); !set.empty())
+            return refused(key_text(kind, key) + " is a member of zone set " + set);
         if (zone_set && active_.count(key.first) && active_[key.first] == key.second)
             return refused(key_text(kind, key) + " is active");
         table.erase(found);

@@ -47,7 +47,7 @@ std::optional<Authorization> Authorization::fetch(int q, const std::string &user
     }
     Authorization authorization;
     for (const std::string &name : *names) {
-        Role role{name, name == "network-admin", false, {}};
+        Role role{name};
         if (wex_lib_is_static_role(name.c_str())) {
             role.built_in_admin = name.find("admin") != std::string::npos;
             role.built_in_viewer = !role.built_in_admin;

@@ -65,12 +65,12 @@ Session::Session(ShellSetup setup) : setup_(std::move(setup))
 {
     modes_.push_back({0, ""});
     if (setup_.options.source == Source::configuration && !enter_configuration())
-        failed_ = true;
+        ++failures_;
 }
 
 bool Session::report(std::size_t number, std::string_view line, const std::string &message)
 {
-    failed_ = true;
+    ++failures_;
     if (number > 0)
         std::fprintf(stderr, "line %zu: %.*s\n", number, static_cast<int>(line.size()), line.data());
     std::fputs(message.c_str(), stderr);
@@ -114,12 +114,10 @@ bool Session::run_line(std::string_view line, std::size_t number)
     if (skip_under_ && start > *skip_under_)
         return report(number, line, "% skipped: it belongs to the failed command above");
     skip_under_.reset();
-    const bool failed_before = failed_;
-    failed_ = false;
+    const std::size_t failures_before = failures_;
     const bool go_on = run_indented(line, number);
-    if (failed_)
+    if (failures_ > failures_before)
         skip_under_ = start;
-    failed_ = failed_ || failed_before;
     return go_on;
 }
 
@@ -157,10 +155,12 @@ bool Session::run_indented(std::string_view line, std::size_t number)
         return report(number, line, "% no memory to hold the output for " + target);
     const bool go_on = flush() && run_match(std::get<Match>(result), line, number, captured);
     std::fclose(captured);
-    if (!wex_tools::write_file_whole("wex", target, {reinterpret_cast<const uint8_t *>(buffer), size}))
-        failed_ = true;
+    const bool written =
+        wex_tools::write_file_whole("wex", target, {reinterpret_cast<const uint8_t *>(buffer), size});
     std::free(buffer);
-    return go_on && !(failed_ && setup_.options.stop_on_error);
+    if (!written)
+        ++failures_; // the file was named on standard error by the write
+    return go_on && (written || !setup_.options.stop_on_error);
 }
 
 bool Session::run_match(const Match &match, std::string_view line, std::size_t number, FILE *out)
@@ -193,8 +193,9 @@ bool Session::dispatch(const Match &match, std::string_view line, std::size_t nu
     const bool enters = (last.action & WEX_ACTION_SUBMODE) != 0 && !match.negated;
     if (!batching() || out) {
         ExecuteBatch one{setup_.options.stop_on_error ? kStopOnError : 0, {record.flatten()}};
+        const std::size_t failures_before = failures_;
         const bool applied = send_batch(module, one, {{number, std::string(line)}}, out);
-        if (applied && !failed_ && enters)
+        if (applied && failures_ == failures_before && enters)
             enter(node);
         return applied;
     }
@@ -297,10 +298,14 @@ bool Session::show_running(const std::string &excluded, FILE *out)
     return true;
 }
 
+// The saved configuration is kept beside the main trees.
+std::string Session::startup_path() const
+{
+    return setup_.tree_path.substr(0, setup_.tree_path.rfind('/') + 1) + "startup-config";
+}
+
 bool Session::run_built_in(const std::string &function, const Match &match, FILE *out)
 {
-    const std::string startup =
-        setup_.tree_path.substr(0, setup_.tree_path.rfind('/') + 1) + "startup-config";
     if (function == "wex_configure")
         return enter_configuration();
     if (function == "wex_end") {
@@ -318,7 +323,7 @@ bool Session::run_built_in(const std::string &function, const Match &match, FILE
                             out);
     }
     if (function == "wex_show_startup") {
-        std::ifstream file(startup, std::ios::binary);
+        std::ifstream file(startup_path(), std::ios::binary);
         if (!file) {
             std::fputs("% No startup configuration is saved\n", stderr);
             return false;
@@ -329,8 +334,9 @@ bool Session::run_built_in(const std::string &function, const Match &match, FILE
     }
     if (function == "wex_copy_running" && match.full_text == "copy running-config startup-config") {
         const std::optional<std::string> text = running_config("");
-        return text && wex_tools::write_file_whole(
-                           "wex", startup, {reinterpret_cast<const uint8_t *>(text->data()), text->size()});
+        return text &&
+               wex_tools::write_file_whole("wex", startup_path(),
+                                           {reinterpret_cast<const uint8_t *>(text->data()), text->size()});
     }
     if (function == "wex_show_version") {
         std::fprintf(out, "wex %s\n", wex_tools::project_version());

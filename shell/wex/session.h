@@ -40,7 +40,7 @@ class Session
     // Sends what is still waiting for its feature; false when the run must
     // stop.
     bool flush();
-    bool failed() const { return failed_; }
+    bool failed() const { return failures_ > 0; }
 
   private:
     struct Mode {
@@ -63,11 +63,12 @@ class Session
     bool enter_configuration();
     void enter(std::size_t node);
     bool report(std::size_t number, std::string_view line, const std::string &message);
+    std::string startup_path() const;
     bool batching() const { return setup_.options.source != Source::command_line; }
 
     ShellSetup setup_;
-    std::vector<Mode> modes_; // exec at the bottom
-    bool failed_ = false;
+    std::vector<Mode> modes_;  // exec at the bottom
+    std::size_t failures_ = 0; // commands that failed so far
     std::string pending_module_;
     ExecuteBatch pending_;
     std::vector<Pending> pending_lines_;
