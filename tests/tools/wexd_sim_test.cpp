@@ -313,9 +313,8 @@ void write_bytes(const std::string &path, const std::vector<uint8_t> &bytes)
 
 TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBad)
 {
-    const std::string par = std::string(WEX_TEST_SANDBOX) + "/par";
-    std::filesystem::remove_all(par);
-    std::filesystem::create_directories(par);
+    char pattern[] = "/tmp/wexd-sim-par-XXXXXX"; // the main tree's name must fit its field
+    const std::string par = mkdtemp(pattern);
     const std::vector<uint8_t> exec = compiled_sample({"exec.tree"}),
                                zone = compiled_sample({"exec.tree", "zone.tree"});
     write_bytes(par + "/exec.par", exec);
@@ -370,6 +369,7 @@ TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBa
     EXPECT_NE(sim.log().find("refused: tree broken.par: size 1500 is not a whole number of 1000-byte nodes"),
               std::string::npos)
         << sim.log();
+    std::filesystem::remove_all(par);
 }
 
 TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
@@ -386,6 +386,8 @@ TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
         {{"--config", dir}, "wexd-sim: " + dir + ": is a directory\n"},
         {{"--config", twice}, "wexd-sim: " + twice + ": line 2: role ops is already defined\n"},
         {{"--config", user}, "wexd-sim: " + user + ": line 3: user bob: role opps is not defined above\n"},
+        {{"--par-dir", "/" + std::string(39, 'p')},
+         "wexd-sim: /" + std::string(39, 'p') + ": longer than 39 bytes, too long for a main tree's name\n"},
     };
     for (const auto &refusal : refusals) {
         const wex_test::ToolRun run = wex_test::run_tool(sim, refusal.args, dir);

@@ -48,6 +48,11 @@ constexpr const char *kUsage =
     "DIR holds exec.par and each registered module's <module>.par; a main-tree request merges\n"
     "them into the next main_tree<N>.par there (the highest one found at start is removed).\n";
 
+// The shell learns the main tree's path through a name field of
+// WEX_FILE_NAME_SIZE bytes, so the directory must leave room for the
+// longest name the numbering can reach.
+constexpr std::size_t kMaxParDirBytes = WEX_FILE_NAME_SIZE - sizeof "/main_tree4294967295.par";
+
 // The roles file is read whole, and refused unless it is a regular file.
 constexpr std::size_t kMaxConfigBytes = 1u << 20;
 
@@ -158,6 +163,11 @@ int main(int argc, char **argv)
         }
         if (args[i] == "--par-dir" && i + 1 < args.size()) {
             state->par_dir = args[++i];
+            if (state->par_dir.size() > kMaxParDirBytes) {
+                std::fprintf(stderr, "wexd-sim: %s: longer than %zu bytes, too long for a main tree's name\n",
+                             state->par_dir.c_str(), kMaxParDirBytes);
+                return 1;
+            }
             wexd_dynamic_parfile_init(state->par_dir.c_str());
             continue;
         }
