@@ -23,7 +23,8 @@ struct SessionContext {
     std::string user;
     std::string terminal;
     std::string session_id;
-    int32_t shell_type = 0;
+    std::string program;    // "wex", or "wexboot" for the boot image's shell
+    int32_t shell_type = 0; // WEX_IMAGE_MAIN or WEX_IMAGE_BOOT, as the program
     int32_t ipcq_q = 0;
 };
 

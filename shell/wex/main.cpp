@@ -31,9 +31,11 @@ std::string program_name(const char *argv0)
     return name == "wexboot" ? name : "wex";
 }
 
-wex_shell::SessionContext session_context(int q)
+wex_shell::SessionContext session_context(const std::string &program, int q)
 {
     wex_shell::SessionContext context;
+    context.program = program;
+    context.shell_type = program == "wexboot" ? WEX_IMAGE_BOOT : WEX_IMAGE_MAIN;
     const char *user = std::getenv("USER");
     const passwd *entry = user ? nullptr : getpwuid(getuid());
     context.user = user ? user : entry ? entry->pw_name : "admin";
@@ -128,7 +130,7 @@ int main(int argc, char **argv)
                      std::strerror(errno));
         return 2;
     }
-    wex_shell::ShellSetup setup{nullptr, "", q, *options, session_context(q), {}, {}};
+    wex_shell::ShellSetup setup{nullptr, "", q, *options, session_context(program, q), {}, {}};
     std::optional<wex_shell::MainTree> tree;
     if (!set_up(program, q, setup, tree)) {
         ipcq_close(q);

@@ -12,9 +12,11 @@ const char *const kUsage =
     "  -nRr FILE           a configuration: one line per command, from configuration mode\n"
     "  (none of them)      a configuration on standard input\n"
     "  -e N                1: stop at the first command that fails; 0 (default): go on\n"
-    "  -q N                1: print only errors; 0 (default): print every command's output\n"
-    "  -o N                where output goes: 1 standard output (default), 2 standard error,\n"
-    "                      0 nowhere\n"
+    "  -q N                1: print only errors; 2: the same, for a script the caller has\n"
+    "                      already filtered through its command list; 0 (default): print\n"
+    "                      every command's output\n"
+    "  -o N                where output goes: 0 (default) or 1 standard output, 2 standard\n"
+    "                      error, 3 nowhere\n"
     "A line \"COMMAND > FILE\" writes the command's output to FILE.\n"
     "Exit status: 0 when every command succeeded, 1 when one failed, 2 for a usage error\n"
     "or a shell that cannot start (no wexd, no usable main tree).\n";
@@ -22,17 +24,56 @@ const char *const kUsage =
 namespace
 {
 
-std::optional<int> flag_value(const std::string &word, int highest)
+// The options that take a single digit, and the highest each takes.
+constexpr struct {
+    const char *option;
+    char highest;
+} kDigitOptions[] = {{"-e", '1'}, {"-q", '2'}, {"-o", '3'}};
+
+Source source_of(const std::string &option)
 {
-    if (word.size() != 1 || word[0] < '0' || word[0] > '0' + highest)
-        return std::nullopt;
-    return word[0] - '0';
+    if (option == "-nRc" || option == "-c")
+        return Source::command_line;
+    return option == "-nRf" || option == "-f" ? Source::script : Source::configuration;
+}
+
+void set_digit_option(Options &options, char option_letter, int value)
+{
+    if (option_letter == 'e') {
+        options.stop_on_error = value == 1;
+    } else if (option_letter == 'q') {
+        options.quiet = value != 0; // 2 comes from a caller that filtered its script first
+    } else {
+        // 0 is standard output: callers fill their records from zero, and
+        // a snapshot taken with them must not come out empty.
+        options.output = value == 3   ? Output::discarded
+                         : value == 2 ? Output::standard_error
+                                      : Output::standard_output;
+    }
+}
+
+// True when option is one of the digit options, with why set when its
+// value is not one it takes.
+bool digit_option(Options &options, const std::string &option, const std::string &value, std::string &why)
+{
+    for (const auto &digit : kDigitOptions) {
+        if (option != digit.option)
+            continue;
+        if (value.size() == 1 && value[0] >= '0' && value[0] <= digit.highest)
+            set_digit_option(options, option[1], value[0] - '0');
+        else
+            why =
+                option + " takes " + (digit.highest == '1' ? "0 or 1" : std::string("0 to ") + digit.highest);
+        return true;
+    }
+    return false;
 }
 
 } // namespace
 
 std::optional<Options> parse_options(const std::vector<std::string> &args, std::string &why)
 {
+    why.clear();
     Options options;
     bool source_given = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
@@ -49,24 +90,12 @@ std::optional<Options> parse_options(const std::vector<std::string> &args, std::
             }
             source_given = true;
             options.text = value;
-            options.source = option == "-nRc" || option == "-c"   ? Source::command_line
-                             : option == "-nRf" || option == "-f" ? Source::script
-                                                                  : Source::configuration;
-        } else if (option == "-e" && flag_value(value, 1)) {
-            options.stop_on_error = *flag_value(value, 1) == 1;
-        } else if (option == "-q" && flag_value(value, 1)) {
-            options.quiet = *flag_value(value, 1) == 1;
-        } else if (option == "-o" && flag_value(value, 2)) {
-            const int where = *flag_value(value, 2);
-            options.output = where == 0   ? Output::discarded
-                             : where == 2 ? Output::standard_error
-                                          : Output::standard_output;
-        } else {
-            why = option == "-e" || option == "-q" || option == "-o"
-                      ? option + " takes " + (option == "-o" ? "0, 1 or 2" : "0 or 1")
-                      : "unknown argument '" + option + "'";
-            return std::nullopt;
+            options.source = source_of(option);
+        } else if (!digit_option(options, option, value, why)) {
+            why = "unknown argument '" + option + "'";
         }
+        if (!why.empty())
+            return std::nullopt;
     }
     return options;
 }

@@ -31,6 +31,15 @@ std::string field(const char *text, std::size_t width)
     return std::string(text, strnlen(text, width));
 }
 
+// Where the shell's complaints go: standard error, after what standard
+// output holds, so that a file taking both ("> FILE 2>&1") has them in the
+// order they happened.
+FILE *complaints()
+{
+    std::fflush(stdout);
+    return stderr;
+}
+
 // The library's own words for a request that went unanswered, on standard
 // error with the shell's other complaints.
 void print_exchange_failure(int error)
@@ -71,11 +80,12 @@ Session::Session(ShellSetup setup) : setup_(std::move(setup))
 bool Session::report(std::size_t number, std::string_view line, const std::string &message)
 {
     ++failures_;
+    FILE *err = complaints();
     if (number > 0)
-        std::fprintf(stderr, "line %zu: %.*s\n", number, static_cast<int>(line.size()), line.data());
-    std::fputs(message.c_str(), stderr);
+        std::fprintf(err, "line %zu: %.*s\n", number, static_cast<int>(line.size()), line.data());
+    std::fputs(message.c_str(), err);
     if (message.empty() || message.back() != '\n')
-        std::fputc('\n', stderr);
+        std::fputc('\n', err);
     return !setup_.options.stop_on_error;
 }
 
@@ -89,7 +99,8 @@ bool Session::enter_configuration()
 {
     const std::optional<wex_tools::SimLockHolder> holder = wex_tools::lock_holder(setup_.q);
     if (holder && holder->locked) {
-        std::fprintf(stderr, "%% Configuration mode is locked: %s\n", wex_tools::holder_text(holder).c_str());
+        std::fprintf(complaints(), "%% Configuration mode is locked: %s\n",
+                     wex_tools::holder_text(holder).c_str());
         return false;
     }
     // Configuration mode is the node "configure terminal" reaches.
@@ -278,7 +289,7 @@ std::optional<std::string> Session::running_config(const std::string &excluded)
             if (!page || (page->next != 0 && page->next <= start)) {
                 if (result < 0)
                     print_exchange_failure(error);
-                std::fprintf(stderr, "%% %s did not give its running configuration\n", module.c_str());
+                std::fprintf(complaints(), "%% %s did not give its running configuration\n", module.c_str());
                 return std::nullopt;
             }
             std::move(page->blocks.begin(), page->blocks.end(), std::back_inserter(blocks));
@@ -325,7 +336,7 @@ bool Session::run_built_in(const std::string &function, const Match &match, FILE
     if (function == "wex_show_startup") {
         std::ifstream file(startup_path(), std::ios::binary);
         if (!file) {
-            std::fputs("% No startup configuration is saved\n", stderr);
+            std::fputs("% No startup configuration is saved\n", complaints());
             return false;
         }
         const std::string text(std::istreambuf_iterator<char>(file), {});
@@ -339,7 +350,7 @@ bool Session::run_built_in(const std::string &function, const Match &match, FILE
                                            {reinterpret_cast<const uint8_t *>(text->data()), text->size()});
     }
     if (function == "wex_show_version") {
-        std::fprintf(out, "wex %s\n", wex_tools::project_version());
+        std::fprintf(out, "%s %s\n", setup_.context.program.c_str(), wex_tools::project_version());
         return true;
     }
     if (function == "wex_terminal_length")
@@ -350,7 +361,7 @@ bool Session::run_built_in(const std::string &function, const Match &match, FILE
                      setup_.context.session_id.c_str());
         return true;
     }
-    std::fprintf(stderr, "%% %s is not available off the switch\n", match.full_text.c_str());
+    std::fprintf(complaints(), "%% %s is not available off the switch\n", match.full_text.c_str());
     return false;
 }
 

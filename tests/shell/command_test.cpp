@@ -195,7 +195,7 @@ TEST(ShellCommandRecord, CarriesContextAndArgumentsAcrossTheWire)
     const std::size_t config = mode_after(0, "configure terminal");
     const auto match =
         std::get<wex_shell::Match>(wex_shell::match_line(sample_tree(), config, "no vsan 10 name core"));
-    const wex_shell::SessionContext session{"admin", "console", "s-42", 1, 7};
+    const wex_shell::SessionContext session{"admin", "console", "s-42", "wex", 1, 7};
     const auto record = wex_shell::CommandRecord::build(sample_tree(), match, session, 3);
     std::string why;
     const Bytes wire = record.flatten();

@@ -1,4 +1,5 @@
 #include "message_log.h"
+#include "sim_replies.h"
 
 #include <wex/wexd_client.h>
 
@@ -47,6 +48,8 @@ constexpr OpcodeName kNames[] = {
     {WEX_OPC_LOCALE_NAME_VERIFY, "locale-name-verify"},
     {WEX_OPC_LOCALE_INFO_GET, "locale-info-get"},
     {WEX_OPC_PA_STATE_QUERY, "pa-state-query"},
+    {wex_tools::kOpcFeatureTableGet, "feature-table-get"},
+    {wex_tools::kOpcUserRolesGet, "user-roles-get"},
 };
 
 // Unwritten lines past this are written by the thread that logs.
