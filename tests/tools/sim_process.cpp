@@ -102,8 +102,8 @@ SimProcess::SimProcess(const std::string &role_config, const std::vector<std::st
     close(fds[1]);
     out_fd_ = fds[0];
     // Up to ten seconds (the emulated build starts slowly) for the line
-    // that says the queues are open.
-    for (int i = 0; i < 100 && log_.find('\n') == std::string::npos; ++i)
+    // that says the queues are open; a main tree may be logged before it.
+    for (int i = 0; i < 100 && log_.find("wexd-sim: serving") == std::string::npos; ++i)
         log_ += read_available(out_fd_, 100);
     ready_ = log_.find("wexd-sim: serving") != std::string::npos;
 }

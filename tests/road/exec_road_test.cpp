@@ -1,0 +1,289 @@
+// The library's command-execution and snapshot operations against the real
+// shell: wexd-sim, the zone and interface features and the shell, with the
+// library rooted in the road sandbox where "/tarn/bin/wex" and
+// "/lc/tarnboot/bin/wexboot" are the built shell. The steps build on each
+// other, so they run in order: what one configures, the snapshots at the
+// end must show.
+#include "tools/sim_process.h"
+
+#include <wex/wex.h>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+const std::string kSandbox = WEX_ROAD_SANDBOX;
+const std::string kShell = kSandbox + "/tarn/bin/wex";
+const std::string kCommandList = kSandbox + "/volatile/wex_cmdlist_1";
+
+std::string read_text(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "<absent>";
+}
+
+void write_text(const std::string &path, const std::string &text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+// A feature process for the length of the test, stopped with SIGTERM.
+class Feature
+{
+  public:
+    Feature(const std::string &program, const std::string &log) : log_(log)
+    {
+        pid_ = fork();
+        if (pid_ == 0) {
+            std::freopen(log.c_str(), "w", stderr);
+            execl(program.c_str(), program.c_str(), static_cast<char *>(nullptr));
+            _exit(127);
+        }
+    }
+    ~Feature() { stop(); }
+    Feature(const Feature &) = delete;
+    Feature &operator=(const Feature &) = delete;
+
+    // True once the feature's commands are in a main tree (5 s at most).
+    bool ready() const
+    {
+        for (int i = 0; i < 100; ++i) {
+            if (read_text(log_).find("commands in main tree") != std::string::npos)
+                return true;
+            usleep(50 * 1000);
+        }
+        return false;
+    }
+    // The exit status after SIGTERM.
+    int stop()
+    {
+        int status = -1;
+        if (pid_ > 0 && kill(pid_, SIGTERM) == 0 && waitpid(pid_, &status, 0) == pid_)
+            status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        pid_ = -1;
+        return status;
+    }
+
+  private:
+    std::string log_;
+    pid_t pid_ = -1;
+};
+
+// What an operation returned, and what its shell wrote on the caller's
+// standard output and error (one file, in the order written).
+struct Captured {
+    long long result;
+    std::string printed;
+};
+
+Captured run_captured(const std::string &file, const std::function<long long()> &operation)
+{
+    std::fflush(stdout);
+    std::fflush(stderr);
+    const int saved_out = dup(STDOUT_FILENO), saved_err = dup(STDERR_FILENO);
+    FILE *capture = std::fopen(file.c_str(), "w");
+    dup2(fileno(capture), STDOUT_FILENO);
+    dup2(fileno(capture), STDERR_FILENO);
+    const long long result = operation();
+    std::fflush(stdout);
+    std::fflush(stderr);
+    dup2(saved_out, STDOUT_FILENO);
+    dup2(saved_err, STDERR_FILENO);
+    close(saved_out);
+    close(saved_err);
+    std::fclose(capture);
+    return {result, read_text(file)};
+}
+
+wex_system_params_t exec_record(const std::string &file_name, const std::string &out_file = "")
+{
+    wex_system_params_t record{};
+    std::snprintf(record.file_name, sizeof record.file_name, "%s", file_name.c_str());
+    std::snprintf(record.out_file, sizeof record.out_file, "%s", out_file.c_str());
+    return record;
+}
+
+wex_cfg_gen_params_t snapshot_record(const std::string &out_file, int32_t o_val = 0)
+{
+    wex_cfg_gen_params_t record{};
+    std::snprintf(record.out_file, sizeof record.out_file, "%s", out_file.c_str());
+    record.o_val = o_val;
+    return record;
+}
+
+struct Step {
+    const char *what;
+    std::function<long long()> operation;
+    long long result;
+    std::string printed;
+};
+
+class ExecRoad : public ::testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        char pattern[] = "/tmp/wex-road-XXXXXX";
+        work_ = mkdtemp(pattern);
+        std::filesystem::copy(WEX_PAR_DIR, work_ + "/par");
+        sim_ =
+            std::make_unique<wex_test::SimProcess>("", std::vector<std::string>{"--par-dir", work_ + "/par"});
+        ASSERT_TRUE(sim_->ready()) << sim_->log();
+        setenv("IPCQ_RUNTIME_DIR", sim_->runtime_dir().c_str(), 1);
+        setenv("USER", "tester", 1);
+        unsetenv("WARDEN_KEL_ID");
+        zone_ = std::make_unique<Feature>(WEX_ZONE_PATH, work_ + "/zone.log");
+        ASSERT_TRUE(zone_->ready()) << read_text(work_ + "/zone.log");
+        interface_ = std::make_unique<Feature>(WEX_INTERFACE_PATH, work_ + "/interface.log");
+        ASSERT_TRUE(interface_->ready()) << read_text(work_ + "/interface.log");
+    }
+    void TearDown() override
+    {
+        EXPECT_EQ(interface_ ? interface_->stop() : 0, 0);
+        EXPECT_EQ(zone_ ? zone_->stop() : 0, 0);
+        sim_.reset();
+        unsetenv("IPCQ_RUNTIME_DIR");
+        std::remove(kCommandList.c_str());
+        std::filesystem::remove_all(work_);
+    }
+    std::string path(const std::string &name) const { return work_ + "/" + name; }
+    // Runs each step in turn, checking what it returned and printed.
+    void run_steps(const std::vector<Step> &steps) const
+    {
+        for (const Step &step : steps) {
+            SCOPED_TRACE(step.what);
+            const Captured run = run_captured(path("captured"), step.operation);
+            EXPECT_EQ(run.result, step.result);
+            EXPECT_EQ(run.printed, step.printed);
+        }
+    }
+
+    std::string work_;
+    std::unique_ptr<wex_test::SimProcess> sim_;
+    std::unique_ptr<Feature> zone_, interface_;
+};
+
+TEST_F(ExecRoad, EveryOperationRunsTheShellAndItsSnapshotsShowWhatWasConfigured)
+{
+    const std::string pad(15, ' ');
+    write_text(path("zone-set.txt"), "configure terminal\nzone-set name S1 vsan 10\n  member Z1\n"
+                                     "zone-set activate S1 vsan 10\n");
+    write_text(path("speed.cfg"), "interface fc1/1\n  speed 8000\n");
+    write_text(path("version.txt"), "show version\n");
+    write_text(path("listed.txt"), "configure terminal\nzone name Z6 vsan 10\nzone name Z7 vsan 10\n");
+    write_text(kCommandList, "zone name Z6 vsan 10\n");
+    write_text(path("stops.cfg"), "zone name Z8 vsan 10\n  member fcid 0x10300\nzone name Z9 vsan 5000\n"
+                                  "  member fcid 0x10400\nzone name Z10 vsan 10\n");
+    write_text(path("port.cfg"), "interface fc1/2\n  no shutdown\n  description Tape library\n");
+
+    wex_system_params_t running = exec_record("", path("running.out"));
+    std::snprintf(running.cmd_str, sizeof running.cmd_str, "show running-config");
+    wex_system_params_t listed = exec_record(path("listed.txt"));
+    listed.q_val = 2;
+    wex_system_params_t stops = exec_record(path("stops.cfg"), path("stops.out"));
+    stops.e_val = 1;
+    wex_system_params_t port = exec_record(path("port.cfg"));
+    port.debug = 1;
+    wex_system_params_t caller_built = exec_record(path("port.cfg"));
+    const std::string brief_line =
+        kShell + " -c \"show interface fc1/1-2 brief\" > " + path("brief.out") + " 2>&1";
+
+    run_steps({
+        {"a command line of several commands",
+         [] {
+             return wex_system("configure terminal ; vsan 10 name Lab ; zone name Z1 vsan 10 ; "
+                               "member fcid 0x10203");
+         },
+         0, ""},
+        {"a show command", [] { return wex_system("show zone"); }, 0,
+         "zone name Z1 vsan 10\n  member fcid 0x010203\n"},
+        {"a command its feature refuses: exit status 1",
+         [] { return wex_system("configure terminal ; zone-set activate S9 vsan 10"); }, 1 << 8,
+         "% zone set S9 in VSAN 10 does not exist\n"},
+        {"a script", [&] { return wex_execute_script_file(path("zone-set.txt").c_str()); }, 0, ""},
+        {"a missing script", [&] { return wex_execute_script_file(path("absent.txt").c_str()); }, -1,
+         "No such file or directory\n"},
+        {"a configuration file", [&] { return wex_execute_cfg_file(path("speed.cfg").c_str()); }, 0, ""},
+        {"the boot image's shell", [&] { return wex_lc_execute_script_file(path("version.txt").c_str()); }, 0,
+         "wexboot " WEX_PROJECT_VERSION "\n"},
+        {"a record's command, its output to a file", [&] { return wex_system2(&running); }, 0, ""},
+        {"a script filtered through the command list", [&] { return wex_execute_script_file2(&listed); }, 0,
+         ""},
+        {"the same script again: every line is listed", [&] { return wex_execute_script_file2(&listed); }, 0,
+         ""},
+        {"a configuration that stops at its first error", [&] { return wex_execute_cfg_file2(&stops); },
+         WEX_STATUS_FAILURE, ""},
+        {"a bootstrap configuration, with the diagnostic lines",
+         [&] { return wex_multi_stage_execute_cfg_file(0, &port); }, 0,
+         "Command str:cat " + path("port.cfg") + " | " + kShell +
+             "   -e 0 -q 0 -o 0  \nwex exit status = 0\nBootstrap file execution status = 0\n"},
+        {"a command line the caller built",
+         [&] { return wex_execute_cmd_file2(&caller_built, brief_line.c_str()); }, 0, ""},
+    });
+    EXPECT_EQ(read_text(path("running.out")), "vsan 10 name Lab\n"
+                                              "interface fc1/1\n  speed 8000\n"
+                                              "zone name Z1 vsan 10\n  member fcid 0x010203\n"
+                                              "zone-set name S1 vsan 10\n  member Z1\n"
+                                              "zone-set activate S1 vsan 10\n");
+    EXPECT_EQ(read_text(kCommandList), "zone name Z6 vsan 10\nconfigure terminal\nzone name Z7 vsan 10\n");
+    EXPECT_EQ(read_text(path("listed.txt_tmp")), "<absent>");
+    EXPECT_EQ(read_text(path("stops.out")), "line 3: zone name Z9 vsan 5000\n"
+                                            "zone name Z9 vsan 5000\n"
+                                            "                  ^\n"
+                                            "% Bad value \"5000\" for <VSAN>: a VSAN id from 1 to 4094\n");
+    EXPECT_EQ(read_text(path("brief.out")), "Interface        VSAN  Admin  Speed  Mode  Description\n"
+                                            "fc1/1" +
+                                                pad +
+                                                "1  down   8000   auto  \n"
+                                                "fc1/2" +
+                                                pad + "1  up     auto   auto  Tape library\n");
+
+    // Every snapshot form: the zones of the filtered script (Z7, not the
+    // listed Z6) and of the configuration up to its error (Z8, not Z10).
+    const std::string interfaces = "vsan 10 name Lab\n"
+                                   "interface fc1/1\n  speed 8000\n"
+                                   "interface fc1/2\n  no shutdown\n  description Tape library\n";
+    const std::string all = interfaces + "zone name Z1 vsan 10\n  member fcid 0x010203\n"
+                                         "zone name Z7 vsan 10\n"
+                                         "zone name Z8 vsan 10\n  member fcid 0x010300\n"
+                                         "zone-set name S1 vsan 10\n  member Z1\n"
+                                         "zone-set activate S1 vsan 10\n";
+    wex_cfg_gen_params_t whole = snapshot_record(path("whole.cfg")), to_output = snapshot_record(""),
+                         without_zones = snapshot_record(path("interfaces.cfg")),
+                         startup = snapshot_record(path("startup.cfg")),
+                         on_error = snapshot_record(path("on-error.cfg"), 2);
+    without_zones.exclude = 1;
+    std::snprintf(without_zones.exclude_str, sizeof without_zones.exclude_str, "zone");
+    run_steps({
+        {"a rollback snapshot", [&] { return wex_generate_running_cfg_rollback(&whole); }, 0, ""},
+        {"a rollback snapshot on standard output",
+         [&] { return wex_generate_running_cfg_rollback(&to_output); }, 0, all},
+        {"a rollback snapshot without the zones",
+         [&] { return wex_generate_running_cfg_rollback(&without_zones); }, 0, ""},
+        {"the startup configuration saved", [] { return wex_system("copy running-config startup-config"); },
+         0, ""},
+        {"a startup snapshot", [&] { return wex_generate_startup_cfg_rollback(&startup); }, 0, ""},
+        {"a snapshot through standard error", [&] { return wex_generate_running_cfg2(&on_error); }, 0, ""},
+        {"the shell's own redirection",
+         [&] { return wex_generate_running_cfg(path("redirected.cfg").c_str()); }, 0, ""},
+    });
+    EXPECT_EQ(read_text(path("whole.cfg")), all);
+    EXPECT_EQ(read_text(path("interfaces.cfg")), interfaces);
+    EXPECT_EQ(read_text(path("startup.cfg")), all);
+    EXPECT_EQ(read_text(path("on-error.cfg")), all);
+    EXPECT_EQ(read_text(path("redirected.cfg")), all);
+}
+
+} // namespace
