@@ -25,10 +25,45 @@ namespace
 // stay far inside one reply.
 constexpr std::size_t kMaxBatch = 256;
 constexpr std::string_view kRedirection = " > ";
+// A command written in full fills the record's text field; a typed line
+// longer than that cannot be one, abbreviated or not.
+constexpr std::size_t kMaxCommandBytes = sizeof(pinfo::ascii_cmd) - 1;
 
 std::string field(const char *text, std::size_t width)
 {
     return std::string(text, strnlen(text, width));
+}
+
+bool is_control(char byte)
+{
+    const auto value = static_cast<unsigned char>(byte);
+    return (value < 0x20 && byte != '\t') || value == 0x7f;
+}
+
+// Why a line cannot be a command before any word is matched: bytes that
+// would drive the terminal the complaint goes to, or more bytes than a
+// command holds. Empty when it may be one.
+std::string unreadable(std::string_view line)
+{
+    const auto control = std::find_if(line.begin(), line.end(), is_control);
+    char why[128] = "";
+    if (control != line.end())
+        std::snprintf(why, sizeof why, "%% Control byte 0x%02x at column %zu: not part of any command",
+                      static_cast<unsigned char>(*control),
+                      static_cast<std::size_t>(control - line.begin()) + 1);
+    else if (line.size() > kMaxCommandBytes)
+        std::snprintf(why, sizeof why, "%% Line of %zu bytes: a command holds at most %zu", line.size(),
+                      kMaxCommandBytes);
+    return why;
+}
+
+// A line as a complaint echoes it, safe to print: control bytes shown as
+// '?', and no more of it than a command may hold.
+std::string echo_of(std::string_view line)
+{
+    std::string echo(line.substr(0, kMaxCommandBytes));
+    std::replace_if(echo.begin(), echo.end(), is_control, '?');
+    return line.size() > kMaxCommandBytes ? echo + "..." : echo;
 }
 
 // Where the shell's complaints go: standard error, after what standard
@@ -82,7 +117,7 @@ bool Session::report(std::size_t number, std::string_view line, const std::strin
     ++failures_;
     FILE *err = complaints();
     if (number > 0)
-        std::fprintf(err, "line %zu: %.*s\n", number, static_cast<int>(line.size()), line.data());
+        std::fprintf(err, "line %zu: %s\n", number, echo_of(line).c_str());
     std::fputs(message.c_str(), err);
     if (message.empty() || message.back() != '\n')
         std::fputc('\n', err);
@@ -134,7 +169,8 @@ bool Session::run_line(std::string_view line, std::size_t number)
 
 bool Session::run_indented(std::string_view line, std::size_t number)
 {
-
+    if (const std::string why = unreadable(line); !why.empty())
+        return report(number, line, why);
     std::string target;
     if (const std::size_t at = line.rfind(kRedirection); at != std::string_view::npos) {
         target = std::string(line.substr(at + kRedirection.size()));
@@ -199,6 +235,10 @@ bool Session::dispatch(const Match &match, std::string_view line, std::size_t nu
     const std::string module = field(last.module_id, sizeof last.module_id);
     if (setup_.features.count(module) == 0)
         return report(number, line, "% No feature serves this command (" + module + " is not registered)");
+    if (match.full_text.size() > kMaxCommandBytes)
+        return report(number, line,
+                      "% Written in full, the command has " + std::to_string(match.full_text.size()) +
+                          " bytes: a command holds at most " + std::to_string(kMaxCommandBytes));
     CommandRecord record =
         CommandRecord::build(*setup_.tree, match, setup_.context, static_cast<int32_t>(modes_.size() - 1));
     const bool enters = (last.action & WEX_ACTION_SUBMODE) != 0 && !match.negated;

@@ -76,6 +76,12 @@ check "a misspelt word" 1 'shw run
 ^
 % Unknown word "shw": expected configure, show, copy, terminal, ping, ssh' -nRc "shw run" < /dev/null
 check "a usage error" 2 "$("$build/shell/wex/wex" --help | sed '1s/^/wex: -e takes 0 or 1\n/')" -e 7 -c "show version"
+check "control bytes, never echoed" 1 'line 1: show ?[31mred
+% Control byte 0x1b at column 6: not part of any command
+line 2: zone?x
+% Control byte 0x00 at column 5: not part of any command' < <(printf 'show \033[31mred\nzone\000x\n')
+check "a line of 100,000 bytes" 1 '% Line of 100000 bytes: a command holds at most 527' \
+  -nRc "show zone $(printf '%099990d' 0)" < /dev/null
 
 kill -KILL "${pids[1]}" # the zone feature dies: it stays registered
 wait "${pids[1]}" 2> /dev/null
@@ -83,4 +89,10 @@ check "a feature that is gone" 1 'Communication could not be established with th
 % zone did not take the command' -nRc "show zone" < /dev/null
 check "its part of the configuration" 1 'Communication could not be established with the process
 % zone did not give its running configuration' -nRc "show running-config" < /dev/null
+
+# The current main tree is the highest; once corrupt, the shell walks none.
+current=$(find "$runtime/par" -name 'main_tree*.par' | sort -V | tail -1)
+head -c 1500 /dev/zero > "$current"
+check "a corrupt main tree" 2 "wex: main tree $current: 1500 bytes is not an image of whole 1000-byte nodes" \
+  -nRc "show version" < /dev/null
 exit $((failures > 0))
