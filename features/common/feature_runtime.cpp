@@ -80,7 +80,7 @@ void on_execute(void *context, const ipcq_request_info_t *request, ipcq_response
         return;
     }
     std::vector<wex_shell::CommandOutcome> outcomes;
-    for (const wex_shell::Bytes &wire : batch->records) {
+    for (const std::span<const uint8_t> wire : batch->records) {
         outcomes.push_back(apply_record(server, wire));
         if (outcomes.back().status != 0 && (batch->flags & wex_shell::kStopOnError))
             break;

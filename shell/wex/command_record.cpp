@@ -93,6 +93,12 @@ CommandRecord CommandRecord::build(const MainTree &tree, const Match &match, con
 std::vector<uint8_t> CommandRecord::flatten() const
 {
     std::vector<uint8_t> wire;
+    flatten_into(wire);
+    return wire;
+}
+
+void CommandRecord::flatten_into(std::vector<uint8_t> &wire) const
+{
     append(wire, WireHeader{kMagic, sizeof(pinfo), info_->param_count, 0});
     pinfo copy;
     std::memcpy(&copy, info_.get(), sizeof copy);
@@ -106,7 +112,6 @@ std::vector<uint8_t> CommandRecord::flatten() const
         const auto *bytes = reinterpret_cast<const uint8_t *>(value.words.get());
         wire.insert(wire.end(), bytes, bytes + padded(value.size));
     }
-    return wire;
 }
 
 std::optional<CommandRecord> CommandRecord::rebuild(std::span<const uint8_t> wire, std::string &why)

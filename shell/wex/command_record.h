@@ -36,7 +36,8 @@ class CommandRecord
     static CommandRecord build(const MainTree &tree, const Match &match, const SessionContext &session,
                                int32_t submode_context);
 
-    // The record's wire form.
+    // The record's wire form, appended to wire.
+    void flatten_into(std::vector<uint8_t> &wire) const;
     std::vector<uint8_t> flatten() const;
 
     // The record of a wire form, or nothing with why set when the bytes are

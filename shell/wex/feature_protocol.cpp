@@ -74,14 +74,25 @@ class Reader
 
 } // namespace
 
-Bytes encode_batch(const ExecuteBatch &batch)
+void BatchWriter::start(uint32_t flags)
 {
-    Writer out;
-    out.word(batch.flags);
-    out.word(static_cast<uint32_t>(batch.records.size()));
-    for (const Bytes &record : batch.records)
-        out.blob(record);
-    return out.take();
+    bytes_.clear();
+    count_ = 0;
+    put(flags);
+    put(0);
+}
+
+void BatchWriter::put(uint32_t word)
+{
+    const std::size_t at = bytes_.size();
+    bytes_.resize(at + sizeof word);
+    patch(at, word);
+}
+
+void BatchWriter::patch(std::size_t at, std::size_t word)
+{
+    const auto value = static_cast<uint32_t>(word);
+    std::memcpy(bytes_.data() + at, &value, sizeof value);
 }
 
 std::optional<ExecuteBatch> decode_batch(std::span<const uint8_t> bytes)
@@ -96,7 +107,7 @@ std::optional<ExecuteBatch> decode_batch(std::span<const uint8_t> bytes)
         std::span<const uint8_t> record;
         if (!in.blob(record))
             return std::nullopt;
-        batch.records.emplace_back(record.begin(), record.end());
+        batch.records.push_back(record);
     }
     return in.finished() ? std::optional(std::move(batch)) : std::nullopt;
 }

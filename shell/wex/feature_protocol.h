@@ -28,9 +28,38 @@ inline constexpr uint32_t kFeatureTimeout = 10;
 
 using Bytes = std::vector<uint8_t>;
 
+// A batch as a feature reads it: views into the request's payload.
 struct ExecuteBatch {
     uint32_t flags = 0;
-    std::vector<Bytes> records; // flattened command records, in the order typed
+    std::vector<std::span<const uint8_t>> records; // flattened command records, in the order typed
+};
+
+// A batch as the shell writes it, in place: each record is flattened
+// straight into the request, whose memory serves batch after batch.
+class BatchWriter
+{
+  public:
+    // Starts an empty batch with these flags.
+    void start(uint32_t flags);
+    // Adds the record that write appends to the bytes it is given.
+    template <typename Write> void add(Write &&write)
+    {
+        const std::size_t length_at = bytes_.size();
+        put(0);
+        write(bytes_);
+        patch(length_at, bytes_.size() - length_at - sizeof(uint32_t));
+        patch(kCountAt, ++count_);
+    }
+    std::size_t size() const { return count_; }
+    std::span<const uint8_t> bytes() const { return bytes_; }
+
+  private:
+    static constexpr std::size_t kCountAt = sizeof(uint32_t); // after the flags
+    void put(uint32_t word);
+    void patch(std::size_t at, std::size_t word);
+
+    Bytes bytes_;
+    uint32_t count_ = 0;
 };
 
 // What a feature made of one command: 0 when applied, and what it printed.
@@ -54,7 +83,6 @@ struct ConfigPage {
     std::vector<ConfigBlock> blocks;
 };
 
-Bytes encode_batch(const ExecuteBatch &batch);
 std::optional<ExecuteBatch> decode_batch(std::span<const uint8_t> bytes);
 
 Bytes encode_outcomes(std::span<const CommandOutcome> outcomes);

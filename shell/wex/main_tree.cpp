@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,6 +32,20 @@ class File
   private:
     int fd_;
 };
+
+// A block for count nodes. A large tree is read whole at each start, and
+// faulting it in 4 KiB pages costs more than reading it: 2 MiB pages make
+// a 20 MB tree's start several times faster where the kernel grants them.
+MainTree::NodeBlock map_nodes(std::size_t count)
+{
+    constexpr std::size_t kHugePage = 2u << 20;
+    const std::size_t bytes = (count * WEX_NODE_SIZE + kHugePage - 1) / kHugePage * kHugePage;
+    void *block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (block == MAP_FAILED)
+        return MainTree::NodeBlock(nullptr, {0});
+    (void)madvise(block, bytes, MADV_HUGEPAGE); // a hint: 4 KiB pages serve as well, only slower
+    return MainTree::NodeBlock(static_cast<parse_tree_node *>(block), {bytes});
+}
 
 bool read_whole(int fd, void *into, std::size_t size)
 {
@@ -69,7 +84,11 @@ std::optional<MainTree> MainTree::load(const std::string &path, std::string &why
         return std::nullopt;
     }
     const std::size_t count = bytes / WEX_NODE_SIZE;
-    std::unique_ptr<parse_tree_node[]> nodes(new parse_tree_node[count]);
+    NodeBlock nodes = map_nodes(count);
+    if (!nodes) {
+        why = "main tree " + path + ": no memory for " + std::to_string(count) + " nodes";
+        return std::nullopt;
+    }
     if (!read_whole(file.fd(), nodes.get(), bytes)) {
         why = "main tree " + path + ": changed size while it was read";
         return std::nullopt;
@@ -83,6 +102,11 @@ std::optional<MainTree> MainTree::load(const std::string &path, std::string &why
         return std::nullopt;
     }
     return MainTree(std::move(nodes), count);
+}
+
+void MainTree::Unmap::operator()(parse_tree_node *nodes) const
+{
+    munmap(nodes, bytes);
 }
 
 void MainTree::make_root() const

@@ -27,13 +27,18 @@ class MainTree
     // Makes this tree the process's parse-tree root; it must outlive that use.
     void make_root() const;
 
-  private:
-    MainTree(std::unique_ptr<parse_tree_node[]> nodes, std::size_t size)
-        : nodes_(std::move(nodes)), size_(size)
-    {
-    }
+    // The tree's one block of memory, mapped apart from the heap so that a
+    // large tree can sit in huge pages.
+    struct Unmap {
+        std::size_t bytes;
+        void operator()(parse_tree_node *nodes) const;
+    };
+    using NodeBlock = std::unique_ptr<parse_tree_node[], Unmap>;
 
-    std::unique_ptr<parse_tree_node[]> nodes_; // one block for the whole tree
+  private:
+    MainTree(NodeBlock nodes, std::size_t size) : nodes_(std::move(nodes)), size_(size) {}
+
+    NodeBlock nodes_;
     std::size_t size_;
 };
 

@@ -242,8 +242,11 @@ bool Session::dispatch(const Match &match, std::string_view line, std::size_t nu
     CommandRecord record =
         CommandRecord::build(*setup_.tree, match, setup_.context, static_cast<int32_t>(modes_.size() - 1));
     const bool enters = (last.action & WEX_ACTION_SUBMODE) != 0 && !match.negated;
+    const auto flatten = [&record](Bytes &wire) { record.flatten_into(wire); };
     if (!batching() || out) {
-        ExecuteBatch one{setup_.options.stop_on_error ? kStopOnError : 0, {record.flatten()}};
+        BatchWriter one;
+        one.start(setup_.options.stop_on_error ? kStopOnError : 0);
+        one.add(flatten);
         const std::size_t failures_before = failures_;
         const bool applied = send_batch(module, one, {{number, std::string(line)}}, out);
         if (applied && failures_ == failures_before && enters)
@@ -252,32 +255,34 @@ bool Session::dispatch(const Match &match, std::string_view line, std::size_t nu
     }
     if (pending_module_ != module && !flush())
         return false;
-    pending_module_ = module;
-    pending_.flags = setup_.options.stop_on_error ? kStopOnError : 0;
-    pending_.records.push_back(record.flatten());
+    if (pending_.size() == 0) {
+        pending_module_ = module;
+        pending_.start(setup_.options.stop_on_error ? kStopOnError : 0);
+    }
+    pending_.add(flatten);
     pending_lines_.push_back({number, std::string(line)});
     // The submode is entered at once: the feature keeps what the session
     // works on, and refuses the lines after an entry it refused.
     if (enters)
         enter(node);
-    return pending_.records.size() < kMaxBatch || flush();
+    return pending_.size() < kMaxBatch || flush();
 }
 
 bool Session::flush()
 {
-    if (pending_.records.empty())
+    if (pending_.size() == 0)
         return true;
-    ExecuteBatch batch = std::move(pending_);
     std::vector<Pending> lines = std::move(pending_lines_);
-    pending_ = {};
     pending_lines_.clear();
-    return send_batch(pending_module_, batch, std::move(lines), nullptr);
+    const bool sent = send_batch(pending_module_, pending_, std::move(lines), nullptr);
+    pending_.start(0); // empty again, its memory kept for the next batch
+    return sent;
 }
 
-bool Session::send_batch(const std::string &module, const ExecuteBatch &batch, std::vector<Pending> lines,
+bool Session::send_batch(const std::string &module, const BatchWriter &batch, std::vector<Pending> lines,
                          FILE *out)
 {
-    const Bytes request = encode_batch(batch);
+    const std::span<const uint8_t> request = batch.bytes();
     void *reply = nullptr;
     uint32_t len = static_cast<uint32_t>(request.size());
     const int result = bcp_req_resp(kOpcExecute, WEX_MSG_TYPE_WRITE, request.data(), &reply, &len, "", "",

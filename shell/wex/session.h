@@ -56,7 +56,7 @@ class Session
     bool run_match(const Match &match, std::string_view line, std::size_t number, FILE *out);
     bool run_built_in(const std::string &function, const Match &match, FILE *out);
     bool dispatch(const Match &match, std::string_view line, std::size_t number, FILE *out);
-    bool send_batch(const std::string &module, const ExecuteBatch &batch, std::vector<Pending> lines,
+    bool send_batch(const std::string &module, const BatchWriter &batch, std::vector<Pending> lines,
                     FILE *out);
     bool show_running(const std::string &excluded, FILE *out);
     std::optional<std::string> running_config(const std::string &excluded);
@@ -70,7 +70,7 @@ class Session
     std::vector<Mode> modes_;  // exec at the bottom
     std::size_t failures_ = 0; // commands that failed so far
     std::string pending_module_;
-    ExecuteBatch pending_;
+    BatchWriter pending_;
     std::vector<Pending> pending_lines_;
     std::optional<std::size_t> skip_under_; // the indentation of the last line that failed
 };
