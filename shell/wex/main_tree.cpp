@@ -1,5 +1,6 @@
 #include "main_tree.h"
 
+#include "descriptor.h"
 #include "image_check.h"
 
 #include <cerrno>
@@ -16,23 +17,6 @@ namespace
 
 constexpr std::size_t kMaxBytes = wex_grammar::kMaxImageNodes * WEX_NODE_SIZE;
 
-class File
-{
-  public:
-    explicit File(const std::string &path) : fd_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
-    ~File()
-    {
-        if (fd_ >= 0)
-            close(fd_);
-    }
-    File(const File &) = delete;
-    File &operator=(const File &) = delete;
-    int fd() const { return fd_; }
-
-  private:
-    int fd_;
-};
-
 // A block for count nodes. A large tree is read whole at each start, and
 // faulting it in 4 KiB pages costs more than reading it: 2 MiB pages make
 // a 20 MB tree's start several times faster where the kernel grants them.
@@ -47,29 +31,14 @@ MainTree::NodeBlock map_nodes(std::size_t count)
     return MainTree::NodeBlock(static_cast<parse_tree_node *>(block), {bytes});
 }
 
-bool read_whole(int fd, void *into, std::size_t size)
-{
-    auto *at = static_cast<char *>(into);
-    while (size > 0) {
-        const ssize_t got = read(fd, at, size);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return false;
-        at += got;
-        size -= static_cast<std::size_t>(got);
-    }
-    return true;
-}
-
 } // namespace
 
 std::optional<MainTree> MainTree::load(const std::string &path, std::string &why)
 {
-    const File file(path);
+    const wex_tools::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status {
     };
-    if (file.fd() < 0 || fstat(file.fd(), &status) != 0) {
+    if (file.get() < 0 || fstat(file.get(), &status) != 0) {
         why = "main tree " + path + ": " + std::strerror(errno);
         return std::nullopt;
     }
@@ -89,7 +58,8 @@ std::optional<MainTree> MainTree::load(const std::string &path, std::string &why
         why = "main tree " + path + ": no memory for " + std::to_string(count) + " nodes";
         return std::nullopt;
     }
-    if (!read_whole(file.fd(), nodes.get(), bytes)) {
+    if (wex_tools::read_block(file.get(), reinterpret_cast<uint8_t *>(nodes.get()), bytes) !=
+        static_cast<ssize_t>(bytes)) {
         why = "main tree " + path + ": changed size while it was read";
         return std::nullopt;
     }

@@ -1,4 +1,5 @@
 #include "input_file.h"
+#include "descriptor.h"
 #include "mapping_guard.h"
 
 #include <algorithm>
@@ -16,23 +17,6 @@ namespace wex_tools
 {
 namespace
 {
-
-class Descriptor
-{
-  public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor()
-    {
-        if (fd_ > STDERR_FILENO)
-            close(fd_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int get() const { return fd_; }
-
-  private:
-    int fd_;
-};
 
 std::nullopt_t refuse(const char *program, const std::string &name, const std::string &why)
 {
@@ -56,24 +40,6 @@ const char *kind_of(mode_t mode)
 std::nullopt_t refuse_size(const char *program, const std::string &name, std::size_t limit)
 {
     return refuse(program, name, "is larger than the limit of " + std::to_string(limit) + " bytes");
-}
-
-// Fills the block from fd, short only at the end of the input; the bytes
-// read, or -1 with errno.
-ssize_t read_block(int fd, uint8_t *block, std::size_t size)
-{
-    std::size_t have = 0;
-    while (have < size) {
-        const ssize_t got = read(fd, block + have, size - have);
-        if (got == 0)
-            break;
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return -1;
-        have += static_cast<std::size_t>(got);
-    }
-    return static_cast<ssize_t>(have);
 }
 
 // Reads to the end straight into the text, one byte past the limit at most,
