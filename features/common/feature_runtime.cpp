@@ -151,26 +151,28 @@ bool register_feature(Feature &feature, int q)
 
 int run(Feature &feature, int argc, char **argv)
 {
+    // The program is named for its module, and logs as the module.
     const char *program = feature.module();
+    const std::string name = std::string("wex-") + program;
     const std::vector<std::string> args(argv + 1, argv + argc);
-    const std::string usage = "usage: " + std::string(program) +
+    const std::string usage = "usage: " + name +
                               " [--queue N]\n"
                               "Registers the " +
                               program +
                               " commands with wexd on the transport under $IPCQ_RUNTIME_DIR and\n"
                               "applies what the shell sends, from queue N (default " +
                               std::to_string(feature.default_queue()) + "), until SIGTERM or SIGINT.\n";
-    if (wex_tools::print_version_if_asked(program, args))
-        return wex_tools::finish_output(program, 0);
+    if (wex_tools::print_version_if_asked(name.c_str(), args))
+        return wex_tools::finish_output(name.c_str(), 0);
     if (wex_tools::wants_help(args)) {
         std::fputs(usage.c_str(), stdout);
-        return wex_tools::finish_output(program, 0);
+        return wex_tools::finish_output(name.c_str(), 0);
     }
     uint32_t queue = feature.default_queue();
     if (args.size() == 2 && args[0] == "--queue" && queue_number(args[1]))
         queue = *queue_number(args[1]);
     else if (!args.empty())
-        return wex_tools::usage_error(program, "unknown argument '" + args[0] + "'", usage.c_str());
+        return wex_tools::usage_error(name.c_str(), "unknown argument '" + args[0] + "'", usage.c_str());
 
     struct sigaction action {
     };

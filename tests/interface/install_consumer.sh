@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix, then builds a small C program
 # against it twice, through pkg-config and through find_package(wex), and runs
-# both.
+# both; then runs each installed program (the sixth argument names them).
 set -euo pipefail
-build=$1 source=$2 cc=$3 cflags=$4 emulator=${5:-}
+build=$1 source=$2 cc=$3 cflags=$4 emulator=${5:-} programs=${6:-}
 
 prefix=$(mktemp -d)
 trap 'rm -rf "$prefix"' EXIT
@@ -28,4 +28,9 @@ cmake -S "$prefix/cmake_consumer" -B "$prefix/cmake_build" -DCMAKE_PREFIX_PATH="
   -DCMAKE_C_COMPILER="$cc" -DCMAKE_C_FLAGS="$cflags" -DCMAKE_BUILD_RPATH="$libdir" >/dev/null
 cmake --build "$prefix/cmake_build" >/dev/null
 $emulator "$prefix/cmake_build/consumer_cmake"
+# The programs run from the prefix, finding the platform library there.
+for program in $programs; do
+  version=$($emulator "$prefix/bin/$program" --version) || true
+  [[ $version == "$program "* ]] || { echo "$program does not run installed: '$version'"; exit 1; }
+done
 echo "consumer built and ran through pkg-config and find_package"
