@@ -39,11 +39,6 @@ std::string_view token_of(const parse_tree_node &node)
     return {node.Token, strnlen(node.Token, sizeof node.Token)};
 }
 
-std::string name_of(const parse_tree_node &node)
-{
-    return node.param_count ? field(node.NodeName, sizeof node.NodeName) : std::string(token_of(node));
-}
-
 // A word written so that split_words reads it back as it is.
 std::string written(const std::string &word)
 {
@@ -64,6 +59,7 @@ class LineMatcher
     }
 
     MatchResult run(std::size_t mode_node);
+    WalkResult walk(std::size_t mode_node);
 
   private:
     struct Candidates {
@@ -85,14 +81,23 @@ class LineMatcher
     Match match_;
 };
 
-MatchResult LineMatcher::run(std::size_t mode_node)
+WalkResult LineMatcher::walk(std::size_t mode_node)
 {
     std::size_t at = mode_node;
     while (next_ < words_.size()) {
-        if (const auto error = step(tree_.node(at)))
-            return *error;
+        if (auto error = step(tree_.node(at)))
+            return std::move(*error);
         at = match_.path.back().node;
     }
+    return at;
+}
+
+MatchResult LineMatcher::run(std::size_t mode_node)
+{
+    const WalkResult walked = walk(mode_node);
+    if (const auto *error = std::get_if<MatchError>(&walked))
+        return *error;
+    const std::size_t at = std::get<std::size_t>(walked);
     if (match_.path.empty())
         return MatchError{0, "Empty command"};
     const parse_tree_node &last = tree_.node(at);
@@ -257,6 +262,16 @@ std::vector<Word> split_words(std::string_view line)
 MatchResult match_line(const MainTree &tree, std::size_t mode_node, std::string_view line)
 {
     return LineMatcher(tree, line).run(mode_node);
+}
+
+WalkResult walk_words(const MainTree &tree, std::size_t mode_node, std::string_view words)
+{
+    return LineMatcher(tree, words).walk(mode_node);
+}
+
+std::string name_of(const parse_tree_node &node)
+{
+    return node.param_count ? field(node.NodeName, sizeof node.NodeName) : std::string(token_of(node));
 }
 
 std::string describe_error(std::string_view line, const MatchError &error)

@@ -45,10 +45,20 @@ struct MatchError {
 };
 
 using MatchResult = std::variant<Match, MatchError>;
+using WalkResult = std::variant<std::size_t, MatchError>; // the node reached, or where it went wrong
 
 // Matches line from the node of the current mode. Only a match that reached
 // a node completing a command is a Match.
 MatchResult match_line(const MainTree &tree, std::size_t mode_node, std::string_view line);
+
+// Matches the words of a line being typed, from the node of the current
+// mode, without asking that they make a command: the node the last word
+// reached (the mode's node for no words).
+WalkResult walk_words(const MainTree &tree, std::size_t mode_node, std::string_view words);
+
+// A node as help and errors name it: a keyword's token, a parameter's
+// placeholder ("<VSAN>").
+std::string name_of(const parse_tree_node &node);
 
 // The error as the shell shows it: the line, a caret under the column, the
 // message, each ending in a newline.

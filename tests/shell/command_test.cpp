@@ -2,6 +2,7 @@
 // grammars, values read by type and bounds, errors placed under their word,
 // and the pinfo that carries a command to its feature.
 #include "command_record.h"
+#include "completion.h"
 #include "compiler.h"
 #include "support/capture.h"
 #include "support/samples.h"
@@ -241,3 +242,52 @@ TEST(ShellCommandRecord, CarriesContextAndArgumentsAcrossTheWire)
 }
 
 } // namespace
+
+TEST(ShellCompletion, HelpAndTabOfferWhatMayComeNextAndNeverGuessAValue)
+{
+    const std::size_t config = mode_after(0, "configure terminal");
+    const struct {
+        std::size_t mode;
+        const char *typed;
+        std::string help;
+    } helps[] = {
+        {0, "",
+         "  configure  Enter configuration mode\n"
+         "  copy       Copy a configuration\n"
+         "  ping       Send echo requests\n"
+         "  show       Show the switch's state\n"
+         "  ssh        Open a secure shell\n"
+         "  terminal   This terminal's settings\n"},
+        {config, "zone n", "  name  By its name\n"},
+        {config, "zone name Z1 vsan ", "  <VSAN>  VSAN id (a VSAN id from 1 to 4094)\n"},
+        {config, "zone name Z1 vsan 10 ", "  <cr>  The command is complete\n"},
+        {config, "zonk ", "zonk \n^\n% Unknown word \"zonk\"\n"},
+        {0, "show version x", "% Nothing may come here\n"},
+    };
+    for (const auto &help : helps) {
+        SCOPED_TRACE(help.typed);
+        EXPECT_EQ(wex_shell::describe_choices(help.typed,
+                                              wex_shell::choices_at(sample_tree(), help.mode, help.typed)),
+                  help.help);
+    }
+
+    const struct {
+        std::size_t mode;
+        const char *typed;
+        std::string insert;
+        std::vector<std::string> candidates;
+    } tabs[] = {
+        {0, "conf", "igure ", {}},
+        {0, "show run", "ning-config ", {}},
+        {0, "s", "", {"show", "ssh"}},
+        {0, "show zone ", "", {"fcids", "vsan", "<cr>"}},
+        {config, "zone name ", "", {"<NAME>"}},
+        {config, "zone name Z", "", {"<NAME>"}},
+    };
+    for (const auto &tab : tabs) {
+        SCOPED_TRACE(tab.typed);
+        const wex_shell::Completion completion = wex_shell::complete_at(sample_tree(), tab.mode, tab.typed);
+        EXPECT_EQ(completion.insert, tab.insert);
+        EXPECT_EQ(completion.candidates, tab.candidates);
+    }
+}

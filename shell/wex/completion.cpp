@@ -1,0 +1,121 @@
+#include "completion.h"
+
+#include "typed_value.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace wex_shell
+{
+namespace
+{
+
+// Help names no more of a long keyword's width than this.
+constexpr std::size_t kMaxWordColumn = 24;
+
+bool ends_a_word(std::string_view typed)
+{
+    return typed.empty() || typed.back() == ' ' || typed.back() == '\t';
+}
+
+std::string_view field(const char *text, std::size_t width)
+{
+    return {text, strnlen(text, width)};
+}
+
+std::string parameter_help(const parse_tree_node &node)
+{
+    std::string help(field(node.params[0].help, sizeof node.params[0].help));
+    std::string forms;
+    for (std::size_t i = 0; i < node.param_count && i < 2; ++i)
+        forms += (i ? " then " : "") + expected_form(node.params[i]);
+    return help.empty() ? forms : help + " (" + forms + ")";
+}
+
+} // namespace
+
+Choices choices_at(const MainTree &tree, std::size_t mode_node, std::string_view typed)
+{
+    Choices result;
+    std::string_view before = typed;
+    if (!ends_a_word(typed)) {
+        const std::vector<Word> words = split_words(typed);
+        result.partial = words.back().text;
+        before = typed.substr(0, words.back().column);
+    }
+    const WalkResult walked = walk_words(tree, mode_node, before);
+    if (const auto *error = std::get_if<MatchError>(&walked)) {
+        result.error = *error;
+        return result;
+    }
+    const std::size_t at = std::get<std::size_t>(walked);
+    const parse_tree_node &node = tree.node(at);
+    // The children of a node that enters a submode are the submode's
+    // commands, typed after it on lines of their own.
+    const bool enters = at != mode_node && (node.action & WEX_ACTION_SUBMODE);
+    std::vector<Choice> keywords, parameters;
+    for (std::size_t i = 0; i < node.child_count && !enters; ++i) {
+        const parse_tree_node &child = tree.node(node.children[i]);
+        if (child.param_count)
+            parameters.push_back({name_of(child), parameter_help(child)});
+        else if (std::string token = name_of(child); token.starts_with(result.partial))
+            keywords.push_back({std::move(token), std::string(field(child.Help, sizeof child.Help))});
+    }
+    std::sort(keywords.begin(), keywords.end(),
+              [](const Choice &a, const Choice &b) { return a.word < b.word; });
+    result.choices = std::move(keywords);
+    result.choices.insert(result.choices.end(), parameters.begin(), parameters.end());
+    if (result.partial.empty() && at != mode_node && (node.action & WEX_ACTION_TERMINAL))
+        result.choices.push_back({"<cr>", "The command is complete"});
+    return result;
+}
+
+std::string describe_choices(std::string_view typed, const Choices &choices)
+{
+    if (choices.error)
+        return describe_error(typed, *choices.error);
+    if (choices.choices.empty())
+        return "% Nothing may come here\n";
+    std::size_t width = 0;
+    for (const Choice &choice : choices.choices)
+        width = std::max(width, std::min(choice.word.size(), kMaxWordColumn));
+    std::string text;
+    for (const Choice &choice : choices.choices) {
+        text += "  " + choice.word;
+        if (!choice.help.empty())
+            text += std::string(width + 2 - std::min(choice.word.size(), width), ' ') + choice.help;
+        text += "\n";
+    }
+    return text;
+}
+
+Completion complete_at(const MainTree &tree, std::size_t mode_node, std::string_view typed)
+{
+    const Choices found = choices_at(tree, mode_node, typed);
+    Completion completion;
+    std::vector<std::string> keywords;
+    for (const Choice &choice : found.choices) {
+        completion.candidates.push_back(choice.word);
+        if (choice.word.front() != '<')
+            keywords.push_back(choice.word);
+    }
+    // A keyword that alone can come next is written out; a parameter's
+    // value is the user's to type, so with one beside it nothing is.
+    if (keywords.size() == 1 && completion.candidates.size() == 1) {
+        completion.insert = keywords.front().substr(found.partial.size()) + " ";
+        completion.candidates.clear();
+        return completion;
+    }
+    if (keywords.size() == completion.candidates.size() && !keywords.empty() && !found.partial.empty()) {
+        const std::string &first = keywords.front();
+        std::size_t shared = first.size();
+        for (const std::string &keyword : keywords) {
+            const auto differ = std::mismatch(keyword.begin(), keyword.end(), first.begin(), first.end());
+            shared = std::min<std::size_t>(shared, static_cast<std::size_t>(differ.first - keyword.begin()));
+        }
+        completion.insert = first.substr(found.partial.size(), shared - found.partial.size());
+    }
+    return completion;
+}
+
+} // namespace wex_shell
