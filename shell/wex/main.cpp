@@ -130,7 +130,7 @@ int main(int argc, char **argv)
                      std::strerror(errno));
         return 2;
     }
-    wex_shell::ShellSetup setup{nullptr, "", q, *options, session_context(program, q), {}, {}};
+    wex_shell::ShellSetup setup{nullptr, "", q, *options, session_context(program, q), {}, {}, {}};
     std::optional<wex_shell::MainTree> tree;
     if (!set_up(program, q, setup, tree)) {
         ipcq_close(q);

@@ -24,7 +24,6 @@ namespace
 // Commands sent to a feature in one request at most: a batch's answers
 // stay far inside one reply.
 constexpr std::size_t kMaxBatch = 256;
-constexpr std::string_view kRedirection = " > ";
 // A command written in full fills the record's text field; a typed line
 // longer than that cannot be one, abbreviated or not.
 constexpr std::size_t kMaxCommandBytes = sizeof(pinfo::ascii_cmd) - 1;
@@ -171,16 +170,12 @@ bool Session::run_indented(std::string_view line, std::size_t number)
 {
     if (const std::string why = unreadable(line); !why.empty())
         return report(number, line, why);
-    std::string target;
-    if (const std::size_t at = line.rfind(kRedirection); at != std::string_view::npos) {
-        target = std::string(line.substr(at + kRedirection.size()));
-        line = line.substr(0, at);
-    }
+    const CommandLine parts = split_command_line(line);
     // A line that is not a command of the current submode may be one of a
     // mode above it: a configuration's indentation is not needed.
-    MatchResult result = match_line(*setup_.tree, modes_.back().node, line);
+    MatchResult result = match_line(*setup_.tree, modes_.back().node, parts.command);
     for (std::size_t depth = modes_.size() - 1; std::holds_alternative<MatchError>(result) && depth > 1;) {
-        MatchResult above = match_line(*setup_.tree, modes_[--depth].node, line);
+        MatchResult above = match_line(*setup_.tree, modes_[--depth].node, parts.command);
         if (std::holds_alternative<Match>(above))
             modes_.resize(depth + 1);
         // Of two errors, the one further along the line says more.
@@ -191,20 +186,39 @@ bool Session::run_indented(std::string_view line, std::size_t number)
     // What waits for its feature goes first, so that errors come in line order.
     if (const auto *error = std::get_if<MatchError>(&result))
         return flush() && report(number, line, describe_error(line, *error));
-    if (target.empty())
-        return run_match(std::get<Match>(result), line, number, nullptr);
+    std::string why;
+    std::optional<OutputFilter> filter;
+    if (!parts.filters.empty() && !(filter = OutputFilter::parse(parts.filters, why)))
+        return flush() && report(number, line, "% " + why);
+    if (parts.target.empty() && !filter && !setup_.deliver)
+        return run_match(std::get<Match>(result), parts.command, number, nullptr);
+    return run_captured(std::get<Match>(result), parts, filter, number);
+}
 
-    // "COMMAND > FILE": the output in full, then the file written whole.
+// The output in full, then filtered, then written whole to its file or
+// handed to the terminal's pager.
+bool Session::run_captured(const Match &match, const CommandLine &parts,
+                           const std::optional<OutputFilter> &filter, std::size_t number)
+{
     char *buffer = nullptr;
     std::size_t size = 0;
     FILE *captured = open_memstream(&buffer, &size);
     if (!captured)
-        return report(number, line, "% no memory to hold the output for " + target);
-    const bool go_on = flush() && run_match(std::get<Match>(result), line, number, captured);
+        return report(number, parts.command, "% no memory to hold the command's output");
+    const bool go_on = flush() && run_match(match, parts.command, number, captured);
     std::fclose(captured);
-    const bool written =
-        wex_tools::write_file_whole("wex", target, {reinterpret_cast<const uint8_t *>(buffer), size});
+    std::string output = filter ? filter->apply({buffer, size}) : std::string(buffer, size);
     std::free(buffer);
+    if (parts.target.empty()) {
+        if (setup_.deliver)
+            setup_.deliver(output);
+        else
+            std::fwrite(output.data(), 1, output.size(), stdout);
+        return go_on;
+    }
+    const std::string target(parts.target);
+    const bool written = wex_tools::write_file_whole(
+        "wex", target, {reinterpret_cast<const uint8_t *>(output.data()), output.size()});
     if (!written)
         ++failures_; // the file was named on standard error by the write
     return go_on && (written || !setup_.options.stop_on_error);

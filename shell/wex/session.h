@@ -9,8 +9,10 @@
 #include "command_record.h"
 #include "feature_protocol.h"
 #include "options.h"
+#include "output_filter.h"
 
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -27,6 +29,9 @@ struct ShellSetup {
     SessionContext context;
     Authorization authorization;
     std::map<std::string, uint32_t> features; // module -> its queue
+    // Set for a terminal: every command's output is captured and handed
+    // here (to be paged) instead of written as it comes.
+    std::function<void(std::string_view)> deliver;
 };
 
 class Session
@@ -53,6 +58,8 @@ class Session
     };
 
     bool run_indented(std::string_view line, std::size_t number);
+    bool run_captured(const Match &match, const CommandLine &parts, const std::optional<OutputFilter> &filter,
+                      std::size_t number);
     bool run_match(const Match &match, std::string_view line, std::size_t number, FILE *out);
     bool run_built_in(const std::string &function, const Match &match, FILE *out);
     bool dispatch(const Match &match, std::string_view line, std::size_t number, FILE *out);

@@ -70,6 +70,13 @@ zone name Z1 vsan 10
 check "the running configuration" 0 "$running" -nRc "show running-config" < /dev/null
 check "without a feature" 0 "${running#*  vsan 20$'\n'*  vsan 20$'\n'}" -c "show running-config exclude interface" \
   < /dev/null
+check "filters in a chain" 0 '2' -nRc "show running-config | include ^interface | count" < /dev/null
+check "from a line on, less a word" 0 'zone name Z1 vsan 10
+  member wwn 10:00:00:00:c9:12:34:56' -nRc "show running-config | begin zone | exclude fcid" < /dev/null
+check "the last lines, to a file" 0 "" -nRc "show running-config | last 2 > $runtime/last.cfg" < /dev/null
+[[ $(cat "$runtime/last.cfg") == "${running##*vsan 10$'\n'}" ]] || { echo "last.cfg differs"; failures=$((failures + 1)); }
+check "an unknown filter" 1 '% Unknown filter "grep": expected include, exclude, begin, count or last' \
+  -nRc "show running-config | grep x" < /dev/null
 check "to a file" 0 "" -nRc "show running-config > $runtime/saved.cfg " < /dev/null
 [[ $(cat "$runtime/saved.cfg") == "$running" ]] || { echo "saved.cfg differs"; failures=$((failures + 1)); }
 check "a misspelt word" 1 'shw run
