@@ -7,12 +7,19 @@
 #include <wex/parse_tree.h>
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace wex_shell
 {
+
+// The text of a node's fixed-width field, which need not end in a NUL.
+template <std::size_t N> std::string field_text(const char (&field)[N])
+{
+    return std::string(field, strnlen(field, N));
+}
 
 class MainTree
 {

@@ -11,9 +11,10 @@ namespace wex_shell
 {
 
 enum class Source {
-    command_line, // -nRc TEXT, -c TEXT: commands separated by " ; "
-    script,       // -nRf FILE, -f FILE: one command per line, from exec mode
-    configuration // -nRr FILE, or standard input: configuration lines, from configuration mode
+    command_line,  // -nRc TEXT, -c TEXT: commands separated by " ; "
+    script,        // -nRf FILE, -f FILE: one command per line, from exec mode
+    configuration, // -nRr FILE, or standard input: configuration lines, from configuration mode
+    terminal       // none of them, with a terminal on standard input: a session typed at the prompt
 };
 
 enum class Output { standard_output, standard_error, discarded };

@@ -1,10 +1,12 @@
 #include "session.h"
 
+#include "complaints.h"
 #include "daemon_queries.h"
 #include "output_file.h"
 #include "program.h"
 
 #include <wex/diag.h>
+#include <wex/wexd_client.h>
 
 #include "bcp.h"
 
@@ -15,6 +17,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <unistd.h>
 
 namespace wex_shell
 {
@@ -27,11 +30,6 @@ constexpr std::size_t kMaxBatch = 256;
 // A command written in full fills the record's text field; a typed line
 // longer than that cannot be one, abbreviated or not.
 constexpr std::size_t kMaxCommandBytes = sizeof(pinfo::ascii_cmd) - 1;
-
-std::string field(const char *text, std::size_t width)
-{
-    return std::string(text, strnlen(text, width));
-}
 
 bool is_control(char byte)
 {
@@ -65,43 +63,6 @@ std::string echo_of(std::string_view line)
     return line.size() > kMaxCommandBytes ? echo + "..." : echo;
 }
 
-// Where the shell's complaints go: standard error, after what standard
-// output holds, so that a file taking both ("> FILE 2>&1") has them in the
-// order they happened.
-FILE *complaints()
-{
-    std::fflush(stdout);
-    return stderr;
-}
-
-// The library's own words for a request that went unanswered, on standard
-// error with the shell's other complaints.
-void print_exchange_failure(int error)
-{
-    wex_tools::on_standard_error([error] {
-        if (error == ETIME)
-            wex_print_timeout_message(1);
-        else
-            wex_print_communication_failure_message();
-    });
-}
-
-// A feature's blocks, each first line at the left and the lines of its
-// submode under it, indented by two blanks.
-std::string render(std::vector<ConfigBlock> blocks)
-{
-    std::stable_sort(blocks.begin(), blocks.end(),
-                     [](const ConfigBlock &a, const ConfigBlock &b) { return a.priority < b.priority; });
-    std::string text;
-    for (const ConfigBlock &block : blocks) {
-        std::istringstream lines(block.text);
-        std::string line;
-        for (bool first = true; std::getline(lines, line); first = false)
-            text += (first ? "" : "  ") + line + "\n";
-    }
-    return text;
-}
-
 } // namespace
 
 Session::Session(ShellSetup setup) : setup_(std::move(setup))
@@ -125,16 +86,20 @@ bool Session::report(std::size_t number, std::string_view line, const std::strin
 
 void Session::enter(std::size_t node)
 {
-    modes_.push_back(
-        {node, field(setup_.tree->node(node).SubMode_Prompt, sizeof(parse_tree_node::SubMode_Prompt))});
+    modes_.push_back({node, field_text(setup_.tree->node(node).SubMode_Prompt)});
 }
 
+// At a terminal the session takes the CLI lock for as long as it stays in
+// configuration mode; a run from a file or a command line only checks that
+// no one holds it.
 bool Session::enter_configuration()
 {
+    const auto requester = static_cast<uint32_t>(getpid());
+    if (setup_.terminal && !holds_lock_ && wexd_cli_lock(setup_.q, requester) == 0)
+        holds_lock_ = true;
     const std::optional<wex_tools::SimLockHolder> holder = wex_tools::lock_holder(setup_.q);
-    if (holder && holder->locked) {
-        std::fprintf(complaints(), "%% Configuration mode is locked: %s\n",
-                     wex_tools::holder_text(holder).c_str());
+    if (!holds_lock_ && (setup_.terminal || (holder && holder->locked))) {
+        std::fprintf(complaints(), "%% Configuration mode is locked: %s\n", lock_holder_text(holder).c_str());
         return false;
     }
     // Configuration mode is the node "configure terminal" reaches.
@@ -144,6 +109,41 @@ bool Session::enter_configuration()
         return false;
     enter(match->path.back().node);
     return true;
+}
+
+// The holder as the sessions wexd knows name it: user, terminal, process.
+std::string Session::lock_holder_text(const std::optional<wex_tools::SimLockHolder> &holder) const
+{
+    if (holder && holder->locked) {
+        for (const wex_tools::SimSession &session :
+             wex_tools::sessions(setup_.q).value_or(std::vector<wex_tools::SimSession>{}))
+            if (session.pid == holder->requester)
+                return "held by " + field_text(session.user) + " on " + field_text(session.terminal) +
+                       " (process " + std::to_string(session.pid) + ")";
+    }
+    return wex_tools::holder_text(holder);
+}
+
+void Session::leave_to(std::size_t depth)
+{
+    modes_.resize(std::min(depth, modes_.size()));
+    if (modes_.size() == 1)
+        release_lock();
+}
+
+bool Session::leave_mode()
+{
+    if (modes_.size() == 1)
+        return false;
+    leave_to(modes_.size() - 1);
+    return true;
+}
+
+void Session::release_lock()
+{
+    if (holds_lock_)
+        wexd_cli_unlock(setup_.q, static_cast<uint32_t>(getpid()));
+    holds_lock_ = false;
 }
 
 bool Session::run_line(std::string_view line, std::size_t number)
@@ -190,7 +190,7 @@ bool Session::run_indented(std::string_view line, std::size_t number)
     std::optional<OutputFilter> filter;
     if (!parts.filters.empty() && !(filter = OutputFilter::parse(parts.filters, why)))
         return flush() && report(number, line, "% " + why);
-    if (parts.target.empty() && !filter && !setup_.deliver)
+    if (parts.target.empty() && !filter && !setup_.terminal)
         return run_match(std::get<Match>(result), parts.command, number, nullptr);
     return run_captured(std::get<Match>(result), parts, filter, number);
 }
@@ -210,8 +210,8 @@ bool Session::run_captured(const Match &match, const CommandLine &parts,
     std::string output = filter ? filter->apply({buffer, size}) : std::string(buffer, size);
     std::free(buffer);
     if (parts.target.empty()) {
-        if (setup_.deliver)
-            setup_.deliver(output);
+        if (setup_.terminal)
+            setup_.terminal->deliver(output);
         else
             std::fwrite(output.data(), 1, output.size(), stdout);
         return go_on;
@@ -227,11 +227,11 @@ bool Session::run_captured(const Match &match, const CommandLine &parts,
 bool Session::run_match(const Match &match, std::string_view line, std::size_t number, FILE *out)
 {
     const parse_tree_node &last = setup_.tree->node(match.path.back().node);
-    const std::string module = field(last.module_id, sizeof last.module_id);
-    const std::string first = field(setup_.tree->node(match.path.front().node).Token, sizeof last.Token);
+    const std::string module = field_text(last.module_id);
+    const std::string first = field_text(setup_.tree->node(match.path.front().node).Token);
     if (const auto refusal = setup_.authorization.refusal(command_class(first, modes_.size() > 1), module))
         return report(number, line, "% " + *refusal);
-    const std::string function = field(last.Func_ID, sizeof last.Func_ID);
+    const std::string function = field_text(last.Func_ID);
     if (setup_.features.count(module) == 0 && function.rfind("wex_", 0) == 0) {
         if (!flush())
             return false;
@@ -246,7 +246,7 @@ bool Session::dispatch(const Match &match, std::string_view line, std::size_t nu
 {
     const std::size_t node = match.path.back().node;
     const parse_tree_node &last = setup_.tree->node(node);
-    const std::string module = field(last.module_id, sizeof last.module_id);
+    const std::string module = field_text(last.module_id);
     if (setup_.features.count(module) == 0)
         return report(number, line, "% No feature serves this command (" + module + " is not registered)");
     if (match.full_text.size() > kMaxCommandBytes)
@@ -323,105 +323,6 @@ bool Session::send_batch(const std::string &module, const BatchWriter &batch, st
         }
     }
     return outcomes->size() == lines.size();
-}
-
-std::optional<std::string> Session::running_config(const std::string &excluded)
-{
-    std::vector<ConfigBlock> blocks;
-    for (const auto &[module, queue] : setup_.features) {
-        if (module == excluded)
-            continue;
-        uint32_t start = 0;
-        do {
-            const Bytes request = encode_page_request(start);
-            void *reply = nullptr;
-            uint32_t len = static_cast<uint32_t>(request.size());
-            const int result = bcp_req_resp(kOpcRunningConfig, WEX_MSG_TYPE_READ, request.data(), &reply,
-                                            &len, "", "", queue, setup_.q, kFeatureTimeout);
-            const int error = errno;
-            std::optional<ConfigPage> page;
-            if (result == 0 && reply)
-                page = decode_page({static_cast<const uint8_t *>(reply), len});
-            std::free(reply);
-            // A configuration missing a feature's part is never shown as
-            // the whole: a snapshot taken from it would lose that part.
-            if (!page || (page->next != 0 && page->next <= start)) {
-                if (result < 0)
-                    print_exchange_failure(error);
-                std::fprintf(complaints(), "%% %s did not give its running configuration\n", module.c_str());
-                return std::nullopt;
-            }
-            std::move(page->blocks.begin(), page->blocks.end(), std::back_inserter(blocks));
-            start = page->next;
-        } while (start != 0);
-    }
-    return render(std::move(blocks));
-}
-
-bool Session::show_running(const std::string &excluded, FILE *out)
-{
-    const std::optional<std::string> text = running_config(excluded);
-    if (!text)
-        return false;
-    if (!setup_.options.quiet || out != stdout)
-        std::fwrite(text->data(), 1, text->size(), out);
-    return true;
-}
-
-// The saved configuration is kept beside the main trees.
-std::string Session::startup_path() const
-{
-    return setup_.tree_path.substr(0, setup_.tree_path.rfind('/') + 1) + "startup-config";
-}
-
-bool Session::run_built_in(const std::string &function, const Match &match, FILE *out)
-{
-    if (function == "wex_configure")
-        return enter_configuration();
-    if (function == "wex_end") {
-        modes_.resize(1);
-        return true;
-    }
-    if (function == "wex_exit") {
-        if (modes_.size() > 1)
-            modes_.pop_back();
-        return true;
-    }
-    if (function == "wex_show_running") {
-        const auto &values = match.path.back().values;
-        return show_running(values.empty() ? "" : reinterpret_cast<const char *>(values.front().bytes.data()),
-                            out);
-    }
-    if (function == "wex_show_startup") {
-        std::ifstream file(startup_path(), std::ios::binary);
-        if (!file) {
-            std::fputs("% No startup configuration is saved\n", complaints());
-            return false;
-        }
-        const std::string text(std::istreambuf_iterator<char>(file), {});
-        std::fwrite(text.data(), 1, text.size(), out);
-        return true;
-    }
-    if (function == "wex_copy_running" && match.full_text == "copy running-config startup-config") {
-        const std::optional<std::string> text = running_config("");
-        return text &&
-               wex_tools::write_file_whole("wex", startup_path(),
-                                           {reinterpret_cast<const uint8_t *>(text->data()), text->size()});
-    }
-    if (function == "wex_show_version") {
-        std::fprintf(out, "%s %s\n", setup_.context.program.c_str(), wex_tools::project_version());
-        return true;
-    }
-    if (function == "wex_terminal_length")
-        return true; // a run without a terminal never pages
-    if (function == "wex_show_users") {
-        std::fprintf(out, "%-16s %-16s %s\n%-16s %-16s %s\n", "USER", "TERMINAL", "SESSION",
-                     setup_.context.user.c_str(), setup_.context.terminal.c_str(),
-                     setup_.context.session_id.c_str());
-        return true;
-    }
-    std::fprintf(complaints(), "%% %s is not available off the switch\n", match.full_text.c_str());
-    return false;
 }
 
 } // namespace wex_shell

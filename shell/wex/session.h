@@ -6,13 +6,13 @@
 #define WEX_SHELL_SESSION_H
 
 #include "authorization.h"
+#include "daemon_queries.h"
 #include "command_record.h"
 #include "feature_protocol.h"
 #include "options.h"
 #include "output_filter.h"
 
 #include <cstdio>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -20,6 +20,18 @@
 
 namespace wex_shell
 {
+
+// What a session at a terminal adds to the shell: its output paged, its
+// history, its page length.
+class TerminalHooks
+{
+  public:
+    virtual ~TerminalHooks() = default;
+    // A command's whole output, to be shown a page at a time.
+    virtual void deliver(std::string_view output) = 0;
+    virtual std::string history() const = 0;
+    virtual void set_page_length(uint32_t lines) = 0;
+};
 
 struct ShellSetup {
     const MainTree *tree;
@@ -29,9 +41,10 @@ struct ShellSetup {
     SessionContext context;
     Authorization authorization;
     std::map<std::string, uint32_t> features; // module -> its queue
-    // Set for a terminal: every command's output is captured and handed
-    // here (to be paged) instead of written as it comes.
-    std::function<void(std::string_view)> deliver;
+    // Set for a session at a terminal: every command's output is captured
+    // and delivered there instead of written as it comes, and entering
+    // configuration mode takes the CLI lock until the session leaves it.
+    TerminalHooks *terminal = nullptr;
 };
 
 class Session
@@ -46,6 +59,16 @@ class Session
     // stop.
     bool flush();
     bool failed() const { return failures_ > 0; }
+    // Whether "exit" in exec mode ended the session.
+    bool ended() const { return ended_; }
+    // The node of the current mode, and its prompt ("" in exec mode,
+    // "config", "config-zone").
+    std::size_t mode_node() const { return modes_.back().node; }
+    const std::string &mode_prompt() const { return modes_.back().prompt; }
+    // Leaves the current mode for the one above it; false in exec mode.
+    bool leave_mode();
+    // Gives back the CLI lock when this session holds it.
+    void release_lock();
 
   private:
     struct Mode {
@@ -68,10 +91,16 @@ class Session
     bool show_running(const std::string &excluded, FILE *out);
     std::optional<std::string> running_config(const std::string &excluded);
     bool enter_configuration();
+    std::string lock_holder_text(const std::optional<wex_tools::SimLockHolder> &holder) const;
     void enter(std::size_t node);
+    void leave_to(std::size_t depth);
+    bool show_users(FILE *out) const;
     bool report(std::size_t number, std::string_view line, const std::string &message);
     std::string startup_path() const;
-    bool batching() const { return setup_.options.source != Source::command_line; }
+    bool batching() const
+    {
+        return setup_.options.source == Source::script || setup_.options.source == Source::configuration;
+    }
 
     ShellSetup setup_;
     std::vector<Mode> modes_;  // exec at the bottom
@@ -80,6 +109,8 @@ class Session
     BatchWriter pending_;
     std::vector<Pending> pending_lines_;
     std::optional<std::size_t> skip_under_; // the indentation of the last line that failed
+    bool ended_ = false;
+    bool holds_lock_ = false;
 };
 
 } // namespace wex_shell

@@ -82,4 +82,29 @@ std::optional<std::vector<std::string>> user_roles(int q, const std::string &use
     return roles;
 }
 
+int open_session(int q, const SimSession &session)
+{
+    void *reply = nullptr;
+    uint32_t len = sizeof session;
+    const int status = bcp_req_resp(kOpcSessionOpen, WEX_MSG_TYPE_WRITE, &session, &reply, &len, "", "",
+                                    WEXD_QUEUE, q, kReadTimeout);
+    std::free(reply);
+    return status;
+}
+
+void close_session(int q, uint32_t pid)
+{
+    void *reply = nullptr;
+    uint32_t len = sizeof pid;
+    (void)bcp_req_resp(kOpcSessionClose, WEX_MSG_TYPE_WRITE, &pid, &reply, &len, "", "", WEXD_QUEUE, q,
+                       kReadTimeout); // a wexd that is gone has forgotten the session anyway
+    std::free(reply);
+}
+
+std::optional<std::vector<SimSession>> sessions(int q)
+{
+    int status = 0;
+    return read_records<SimSession>(q, kOpcSessionList, nullptr, 0, status);
+}
+
 } // namespace wex_tools

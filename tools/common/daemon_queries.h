@@ -1,6 +1,6 @@
 // Requests to wexd that more than one program makes: a queue of the
 // process's own to make them from, who holds the CLI lock, which features
-// registered commands, and which roles a user holds.
+// registered commands, which roles a user holds, and the shell's sessions.
 #ifndef WEX_TOOLS_DAEMON_QUERIES_H
 #define WEX_TOOLS_DAEMON_QUERIES_H
 
@@ -28,6 +28,14 @@ std::optional<std::vector<SimFeatureEntry>> feature_table(int q, int &status);
 
 // The names of the roles user holds, or nothing when wexd does not answer.
 std::optional<std::vector<std::string>> user_roles(int q, const std::string &user, int &status);
+
+// Makes the session known to wexd; the request's result (a positive status
+// when wexd refuses it: every session it allows is in use).
+int open_session(int q, const SimSession &session);
+// Says the session of the process ended.
+void close_session(int q, uint32_t pid);
+// The sessions wexd knows, or nothing when it does not answer.
+std::optional<std::vector<SimSession>> sessions(int q);
 
 } // namespace wex_tools
 

@@ -28,9 +28,23 @@ struct SimLockHolder {
 };
 
 // Requests of the project's own to wexd-sim, outside the library's opcodes:
-// the features that registered a tree, and the roles of a user.
+// the features that registered a tree, the roles of a user, and the shell's
+// interactive sessions.
 inline constexpr uint32_t kOpcFeatureTableGet = 0x57580010;
 inline constexpr uint32_t kOpcUserRolesGet = 0x57580011;
+inline constexpr uint32_t kOpcSessionOpen = 0x57580012;  // request: a SimSession
+inline constexpr uint32_t kOpcSessionClose = 0x57580013; // request: the session's process id
+inline constexpr uint32_t kOpcSessionList = 0x57580014;  // reply: a SimSession for each
+
+// An interactive session of the shell, known by its process: wexd-sim
+// forgets a session whose process is gone, and frees the CLI lock it held.
+struct SimSession {
+    uint32_t pid;
+    uint32_t since; // seconds since the epoch
+    char user[32];
+    char terminal[32];
+};
+static_assert(sizeof(SimSession) == 72);
 
 // One feature of the feature table: its module and the queue it registered
 // its tree from, where its commands go.

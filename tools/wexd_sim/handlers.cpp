@@ -9,6 +9,8 @@
 
 #include "ipcq.h"
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -168,11 +170,31 @@ void on_dynamic_parfile_name_get(ServedQueue &queue, const ipcq_request_info_t &
 
 // ---- lock ----
 
+// Forgets the sessions whose process is gone, and frees the lock one held:
+// a shell ended by a signal it could not catch leaves nothing behind.
+void forget_ended_sessions(ServedQueue &queue)
+{
+    SimState &state = *queue.state;
+    for (auto it = state.sessions.begin(); it != state.sessions.end();) {
+        if (kill(static_cast<pid_t>(it->first), 0) == 0 || errno != ESRCH) {
+            ++it;
+            continue;
+        }
+        log_event("wexd-sim: session of process " + std::to_string(it->first) + " ended without closing");
+        if (state.cli_locked && state.cli_holder == it->first) {
+            state.cli_locked = false;
+            log_event("wexd-sim: CLI lock of process " + std::to_string(it->first) + " released");
+        }
+        it = state.sessions.erase(it);
+    }
+}
+
 void on_cli_lock(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
 {
     wexd_cli_lock_req lock;
     if (!read_record(request, lock))
         return fail(queue, request, response, "short payload");
+    forget_ended_sessions(queue);
     SimState &state = *queue.state;
     if (request.msg_type == WEX_MSG_TYPE_READ) {
         const wex_tools::SimLockHolder holder{state.cli_locked ? 1u : 0u, state.cli_holder};
@@ -439,6 +461,44 @@ void on_user_roles_get(ServedQueue &queue, const ipcq_request_info_t &request, i
     reply_bytes(response, names.data(), names.size() * sizeof(wex_tools::SimRoleName));
 }
 
+// ---- the shell's sessions ----
+
+void on_session_open(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
+{
+    wex_tools::SimSession session;
+    if (!read_record(request, session))
+        return fail(queue, request, response, "short payload");
+    forget_ended_sessions(queue);
+    SimState &state = *queue.state;
+    const std::string who = "process " + std::to_string(session.pid) + ", user '" +
+                            text_of(session.user, sizeof session.user) + "' on " +
+                            text_of(session.terminal, sizeof session.terminal);
+    if (state.sessions.size() >= state.config.max_sessions && !state.sessions.count(session.pid))
+        return fail(queue, request, response,
+                    "all " + std::to_string(state.config.max_sessions) + " sessions in use, " + who);
+    state.sessions[session.pid] = session;
+    log_request(queue.number, request, who);
+}
+
+void on_session_close(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
+{
+    uint32_t pid = 0;
+    if (!read_record(request, pid))
+        return fail(queue, request, response, "short payload");
+    queue.state->sessions.erase(pid);
+    log_request(queue.number, request, "process " + std::to_string(pid));
+}
+
+void on_session_list(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
+{
+    forget_ended_sessions(queue);
+    std::vector<wex_tools::SimSession> sessions;
+    for (const auto &entry : queue.state->sessions)
+        sessions.push_back(entry.second);
+    log_request(queue.number, request, std::to_string(sessions.size()) + " sessions");
+    reply_bytes(response, sessions.data(), sessions.size() * sizeof(wex_tools::SimSession));
+}
+
 // ---- one-way messages ----
 
 void on_default_intf(ServedQueue &queue, const ipcq_request_info_t &request, ipcq_response_t &response)
@@ -507,6 +567,9 @@ constexpr ipcq_route_t kWexdRoutes[] = {
     {WEX_OPC_LOCALE_INFO_GET, IPCQ_ROUTE_BCP, locked<on_locale>},
     {wex_tools::kOpcFeatureTableGet, IPCQ_ROUTE_BCP, locked<on_feature_table_get>},
     {wex_tools::kOpcUserRolesGet, IPCQ_ROUTE_BCP, locked<on_user_roles_get>},
+    {wex_tools::kOpcSessionOpen, IPCQ_ROUTE_BCP, locked<on_session_open>},
+    {wex_tools::kOpcSessionClose, IPCQ_ROUTE_BCP, locked<on_session_close>},
+    {wex_tools::kOpcSessionList, IPCQ_ROUTE_BCP, locked<on_session_list>},
 };
 
 constexpr ipcq_route_t kParseTreeRoutes[] = {

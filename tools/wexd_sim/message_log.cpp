@@ -50,6 +50,9 @@ constexpr OpcodeName kNames[] = {
     {WEX_OPC_PA_STATE_QUERY, "pa-state-query"},
     {wex_tools::kOpcFeatureTableGet, "feature-table-get"},
     {wex_tools::kOpcUserRolesGet, "user-roles-get"},
+    {wex_tools::kOpcSessionOpen, "session-open"},
+    {wex_tools::kOpcSessionClose, "session-close"},
+    {wex_tools::kOpcSessionList, "session-list"},
 };
 
 // Unwritten lines past this are written by the thread that logs.

@@ -3,6 +3,8 @@
 #ifndef WEXD_SIM_SIM_STATE_H
 #define WEXD_SIM_SIM_STATE_H
 
+#include "sim_replies.h"
+
 #include <wex/wexd_client.h>
 
 #include <map>
@@ -32,6 +34,7 @@ struct SimState {
     std::map<std::string, std::vector<std::string>> users; // each user's roles
     std::map<std::string, uint32_t> feature_queues;        // module -> queue it registered from
     std::map<std::string, Bounds> subtypes;
+    std::map<uint32_t, wex_tools::SimSession> sessions; // by process id
     uint32_t feature_privilege = 1;
 
     SimState()
