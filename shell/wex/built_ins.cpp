@@ -170,7 +170,7 @@ bool Session::run_built_in(const std::string &function, const Match &match, FILE
             std::fputs("% A history is kept for a session at a terminal only\n", complaints());
             return false;
         }
-        const std::string text = setup_.terminal->history();
+        const std::string text = setup_.terminal->history_text();
         std::fwrite(text.data(), 1, text.size(), out);
         return true;
     }

@@ -5,12 +5,15 @@
 #include "input_file.h"
 #include "program.h"
 #include "session.h"
+#include "terminal.h"
 
 #include <wex/wex.h>
 
 #include "ipcq.h"
 
 #include <cerrno>
+#include <clocale>
+#include <ctime>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -96,6 +99,46 @@ void run_lines(wex_shell::Session &session, std::string_view text, std::string_v
     session.flush();
 }
 
+// The user's history file, in the home directory.
+std::string history_path()
+{
+    const char *home = std::getenv("HOME");
+    const passwd *entry = home ? nullptr : getpwuid(getuid());
+    const std::string directory = home ? home : entry ? entry->pw_dir : "";
+    return directory.empty() ? "" : directory + "/.wex_history";
+}
+
+// A session typed at the terminal, known to wexd while it lasts.
+int run_terminal(const std::string &program, int q, wex_shell::ShellSetup setup)
+{
+    // Lines are edited as UTF-8 whatever locale the user started with.
+    if (const char *locale = std::setlocale(LC_CTYPE, "");
+        !locale || std::strcmp(locale, "C") == 0 || std::strcmp(locale, "POSIX") == 0)
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+    wex_tools::SimSession known{};
+    known.pid = static_cast<uint32_t>(getpid());
+    known.since = static_cast<uint32_t>(std::time(nullptr));
+    robust_strncpy(known.user, setup.context.user.c_str(), sizeof known.user);
+    robust_strncpy(known.terminal, setup.context.terminal.c_str(), sizeof known.terminal);
+    if (const int status = wex_tools::open_session(q, known); status != 0) {
+        std::fprintf(stderr, "%s: wexd refused a new session (%s)\n", program.c_str(),
+                     status > 0 ? "every session it allows is in use" : "no answer");
+        return 2;
+    }
+    wexd_wex_config config{};
+    robust_strncpy(config.switchname, "switch", sizeof config.switchname);
+    config.term_length = 24;
+    wexd_wex_config_info_get(q, &config); // the defaults above stand when wexd does not say
+    wex_shell::Terminal terminal(
+        {setup.tree, wex_shell::field_text(config.switchname), history_path(), config.term_length});
+    setup.terminal = &terminal;
+    wex_shell::Session session(std::move(setup));
+    terminal.run(session);
+    session.release_lock();
+    wex_tools::close_session(q, known.pid);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -109,11 +152,14 @@ int main(int argc, char **argv)
         return wex_tools::finish_output(program.c_str(), 0);
     }
     std::string why;
-    const std::optional<wex_shell::Options> options = wex_shell::parse_options(args, why);
+    std::optional<wex_shell::Options> options = wex_shell::parse_options(args, why);
     if (!options)
         return wex_tools::usage_error(program.c_str(), why, wex_shell::kUsage);
+    if (options->source == wex_shell::Source::configuration && options->text.empty() && isatty(STDIN_FILENO))
+        options->source = wex_shell::Source::terminal;
     std::optional<std::string> input;
-    if (options->source != wex_shell::Source::command_line) {
+    if (options->source != wex_shell::Source::command_line &&
+        options->source != wex_shell::Source::terminal) {
         input =
             wex_tools::read_input(program.c_str(), options->text.empty() ? "-" : options->text, kMaxInput);
         if (!input)
@@ -135,6 +181,11 @@ int main(int argc, char **argv)
     if (!set_up(program, q, setup, tree)) {
         ipcq_close(q);
         return 2;
+    }
+    if (options->source == wex_shell::Source::terminal) {
+        const int status = run_terminal(program, q, std::move(setup));
+        ipcq_close(q);
+        return status;
     }
     wex_shell::Session session(std::move(setup));
     if (options->source == wex_shell::Source::command_line)

@@ -29,7 +29,7 @@ class TerminalHooks
     virtual ~TerminalHooks() = default;
     // A command's whole output, to be shown a page at a time.
     virtual void deliver(std::string_view output) = 0;
-    virtual std::string history() const = 0;
+    virtual std::string history_text() const = 0;
     virtual void set_page_length(uint32_t lines) = 0;
 };
 
