@@ -167,6 +167,9 @@ Terminal::Terminal(TerminalSetup setup) : setup_(std::move(setup))
         ::history(history_, &event, H_LOAD, setup_.history_path.c_str());
     el_set(el_, EL_CLIENTDATA, this);
     el_set(el_, EL_EDITOR, "emacs");
+    // Ctrl-C while a line is edited comes as a key, in turn with the keys
+    // around it, rather than as a signal that may overtake them.
+    el_set(el_, EL_SETTY, "-d", "-isig", nullptr);
     el_set(el_, EL_HIST, ::history, history_);
     el_set(el_, EL_PROMPT, prompt_of);
     el_set(el_, EL_GETCFN, read_character);
@@ -176,6 +179,13 @@ Terminal::Terminal(TerminalSetup setup) : setup_(std::move(setup))
     el_set(el_, EL_BIND, "?", "wex-help", nullptr);
     el_set(el_, EL_BIND, "^I", "wex-complete", nullptr);
     el_set(el_, EL_BIND, "^C", "wex-interrupt", nullptr);
+    // The arrows in both forms terminals send, whatever $TERM says.
+    static constexpr const char *kArrows[][2] = {{"\\e[A", "ed-prev-history"}, {"\\eOA", "ed-prev-history"},
+                                                 {"\\e[B", "ed-next-history"}, {"\\eOB", "ed-next-history"},
+                                                 {"\\e[C", "ed-next-char"},    {"\\eOC", "ed-next-char"},
+                                                 {"\\e[D", "ed-prev-char"},    {"\\eOD", "ed-prev-char"}};
+    for (const auto &arrow : kArrows)
+        el_set(el_, EL_BIND, arrow[0], arrow[1], nullptr);
 }
 
 Terminal::~Terminal()

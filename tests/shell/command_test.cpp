@@ -85,7 +85,7 @@ TEST(ShellMatching, WordsAbbreviationsValuesAndErrorsByMode)
         {exec, "show zone vsan 10-20", "show zone vsan 10-20 | 10 0 0 0 20 0 0 0"},
         {exec, "s", "s\n^\n% Ambiguous word \"s\": it may be show, ssh\n"},
         {exec, "shw run",
-         "shw run\n^\n% Unknown word \"shw\": expected configure, show, copy, terminal, ping, ssh\n"},
+         "shw run\n^\n% Unknown word \"shw\": expected configure, exit, show, copy, terminal, ping, ssh\n"},
         {exec, "show zone vsan 5000",
          "show zone vsan 5000\n               ^\n% Bad value \"5000\" for <VSANS>: a VSAN id or range from 1 "
          "to "
@@ -254,6 +254,7 @@ TEST(ShellCompletion, HelpAndTabOfferWhatMayComeNextAndNeverGuessAValue)
         {0, "",
          "  configure  Enter configuration mode\n"
          "  copy       Copy a configuration\n"
+         "  exit       Leave the session\n"
          "  ping       Send echo requests\n"
          "  show       Show the switch's state\n"
          "  ssh        Open a secure shell\n"
