@@ -1,5 +1,6 @@
 #include "completion.h"
 
+#include "output_filter.h"
 #include "typed_value.h"
 
 #include <algorithm>
@@ -32,10 +33,47 @@ std::string parameter_help(const parse_tree_node &node)
     return help.empty() ? forms : help + " (" + forms + ")";
 }
 
+constexpr std::string_view kPipe = " | ";
+const Choice kComplete{"<cr>", "The command is complete"};
+const Choice kAnotherFilter{"|", "Filter the output"};
+
+// What may come in the filters after a command's " | ": after is the text
+// past the last one, which starts at column from of the line.
+Choices filter_choices(std::string_view after, std::size_t from)
+{
+    Choices result;
+    const std::vector<Word> words = split_words(after);
+    const bool partial = !ends_a_word(after);
+    if (words.size() <= 1 && (words.empty() || partial)) {
+        result.partial = words.empty() ? "" : words.front().text;
+        for (const FilterForm &form : filter_forms())
+            if (form.name.starts_with(result.partial))
+                result.choices.push_back({std::string(form.name), std::string(form.help)});
+        return result;
+    }
+    const auto forms = filter_forms();
+    const auto form = std::find_if(forms.begin(), forms.end(), [&](const FilterForm &f) {
+        return f.name.starts_with(words.front().text);
+    });
+    if (form == forms.end()) {
+        result.error =
+            MatchError{from + words.front().column, "Unknown filter \"" + words.front().text + "\""};
+        return result;
+    }
+    const bool argument_next = !form->argument.empty() && words.size() == 1;
+    if (argument_next)
+        result.choices.push_back({std::string(form->argument), std::string(form->argument_help)});
+    else if (!partial)
+        result.choices = {kComplete, kAnotherFilter};
+    return result;
+}
+
 } // namespace
 
 Choices choices_at(const MainTree &tree, std::size_t mode_node, std::string_view typed)
 {
+    if (const std::size_t pipe = typed.rfind(kPipe); pipe != std::string_view::npos)
+        return filter_choices(typed.substr(pipe + kPipe.size()), pipe + kPipe.size());
     Choices result;
     std::string_view before = typed;
     if (!ends_a_word(typed)) {
@@ -65,8 +103,12 @@ Choices choices_at(const MainTree &tree, std::size_t mode_node, std::string_view
               [](const Choice &a, const Choice &b) { return a.word < b.word; });
     result.choices = std::move(keywords);
     result.choices.insert(result.choices.end(), parameters.begin(), parameters.end());
-    if (result.partial.empty() && at != mode_node && (node.action & WEX_ACTION_TERMINAL))
-        result.choices.push_back({"<cr>", "The command is complete"});
+    // A command of exec mode may have its output filtered.
+    if (result.partial.empty() && at != mode_node && (node.action & WEX_ACTION_TERMINAL)) {
+        result.choices.push_back(kComplete);
+        if (mode_node == 0)
+            result.choices.push_back(kAnotherFilter);
+    }
     return result;
 }
 

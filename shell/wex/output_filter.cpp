@@ -34,7 +34,23 @@ std::vector<std::string_view> lines_of(std::string_view text)
     return lines;
 }
 
+// In the order of OutputFilter::Kind.
+constexpr FilterForm kForms[] = {
+    {"include", "<REGEX>", "Only the lines that match an expression", "A POSIX extended regular expression"},
+    {"exclude", "<REGEX>", "Only the lines that do not match an expression",
+     "A POSIX extended regular expression"},
+    {"begin", "<REGEX>", "From the first line that matches an expression on",
+     "A POSIX extended regular expression"},
+    {"count", "", "How many lines there are", ""},
+    {"last", "<LINES>", "The last lines only", "A number of lines"},
+};
+
 } // namespace
+
+std::span<const FilterForm> filter_forms()
+{
+    return kForms;
+}
 
 struct OutputFilter::Step {
     Kind kind;
@@ -70,24 +86,17 @@ CommandLine split_command_line(std::string_view line)
 
 std::shared_ptr<const OutputFilter::Step> OutputFilter::make_step(std::string_view part, std::string &why)
 {
-    static constexpr struct {
-        std::string_view name;
-        Kind kind;
-    } kNames[] = {{"include", Kind::include},
-                  {"exclude", Kind::exclude},
-                  {"begin", Kind::begin},
-                  {"count", Kind::count},
-                  {"last", Kind::last}};
     const std::string_view word = part.substr(0, part.find_first_of(" \t"));
     const std::string_view argument = trimmed(part.substr(word.size()));
-    const auto named = std::find_if(std::begin(kNames), std::end(kNames),
-                                    [&](const auto &n) { return !word.empty() && n.name.starts_with(word); });
-    if (named == std::end(kNames)) {
+    const auto named = std::find_if(std::begin(kForms), std::end(kForms), [&](const FilterForm &f) {
+        return !word.empty() && f.name.starts_with(word);
+    });
+    if (named == std::end(kForms)) {
         why = "Unknown filter \"" + std::string(word) + "\": expected include, exclude, begin, count or last";
         return nullptr;
     }
     auto step = std::make_shared<Step>();
-    step->kind = named->kind;
+    step->kind = static_cast<Kind>(named - std::begin(kForms));
     if (step->kind == Kind::count) {
         if (argument.empty())
             return step;

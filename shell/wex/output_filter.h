@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,18 @@ struct CommandLine {
 };
 
 CommandLine split_command_line(std::string_view line);
+
+// A filter as help names it: its word, what it takes ("" for nothing), and
+// what it keeps.
+struct FilterForm {
+    std::string_view name;
+    std::string_view argument;
+    std::string_view help;
+    std::string_view argument_help;
+};
+
+// Every filter, in the order help lists them.
+std::span<const FilterForm> filter_forms();
 
 class OutputFilter
 {

@@ -264,6 +264,18 @@ TEST(ShellCompletion, HelpAndTabOfferWhatMayComeNextAndNeverGuessAValue)
         {config, "zone name Z1 vsan 10 ", "  <cr>  The command is complete\n"},
         {config, "zonk ", "zonk \n^\n% Unknown word \"zonk\"\n"},
         {0, "show version x", "% Nothing may come here\n"},
+        {0, "show running-config | ",
+         "  include  Only the lines that match an expression\n"
+         "  exclude  Only the lines that do not match an expression\n"
+         "  begin    From the first line that matches an expression on\n"
+         "  count    How many lines there are\n"
+         "  last     The last lines only\n"},
+        {0, "show running-config | inc", "  include  Only the lines that match an expression\n"},
+        {0, "show running-config | include ", "  <REGEX>  A POSIX extended regular expression\n"},
+        {0, "show running-config | include zone ",
+         "  <cr>  The command is complete\n  |     Filter the output\n"},
+        {0, "show running-config | grep ",
+         "show running-config | grep \n" + std::string(22, ' ') + "^\n% Unknown filter \"grep\"\n"},
     };
     for (const auto &help : helps) {
         SCOPED_TRACE(help.typed);
@@ -281,7 +293,8 @@ TEST(ShellCompletion, HelpAndTabOfferWhatMayComeNextAndNeverGuessAValue)
         {0, "conf", "igure ", {}},
         {0, "show run", "ning-config ", {}},
         {0, "s", "", {"show", "ssh"}},
-        {0, "show zone ", "", {"fcids", "vsan", "<cr>"}},
+        {0, "show zone ", "", {"fcids", "vsan", "<cr>", "|"}},
+        {0, "show zone | c", "ount ", {}},
         {config, "zone name ", "", {"<NAME>"}},
         {config, "zone name Z", "", {"<NAME>"}},
     };
