@@ -14,6 +14,7 @@ import time
 import pexpect
 
 BUILD = sys.argv[1]
+SOURCE = sys.argv[2]
 WEX = BUILD + "/shell/wex/wex"
 failures = []
 
@@ -182,10 +183,42 @@ def history_across_sessions():
     later.expect(pexpect.EOF)
 
 
+def still_running(runtime):
+    """Whether a process has the runtime directory in its environment."""
+    for pid in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open("/proc/%s/environ" % pid, "rb") as environ:
+                if b"IPCQ_RUNTIME_DIR=" + runtime.encode() + b"\0" in environ.read():
+                    return True
+        except OSError:
+            pass
+    return False
+
+
+def the_demo_at_a_terminal():
+    """The README's first command opens a session, and stops everything when it ends."""
+    demo = pexpect.spawn(SOURCE + "/scripts/demo", encoding="utf-8", timeout=15, dimensions=(24, 200),
+                         env=dict(os.environ, WEX_DEMO_BUILD_DIR=BUILD))
+    demo.expect(r"runtime directory (\S+)\)")
+    runtime = demo.match.group(1)
+    walk("the demo at a terminal", demo, [
+        ("", "Try:"),
+        ("", "switch# "),
+        ("conf t\r", "switch(config)# "),
+        ("exit\r", "switch# "),
+        ("exit\r", "\r\n"),
+    ])
+    demo.expect(pexpect.EOF)
+    demo.close()
+    if demo.exitstatus != 0 or still_running(runtime):
+        failures.append("the demo at a terminal: status %s, processes left: %s" % (demo.exitstatus,
+                                                                                  still_running(runtime)))
+
+
 road = Road()
 try:
     for scenario in (help_completion_submode_and_pipes, paging_and_interrupting, two_sessions_and_the_lock,
-                     history_across_sessions):
+                     history_across_sessions, the_demo_at_a_terminal):
         try:
             scenario()
         except (pexpect.TIMEOUT, pexpect.EOF, subprocess.CalledProcessError, OSError) as error:

@@ -5,7 +5,7 @@
 set -uo pipefail
 root=$1
 build=$2
-output=$(WEX_DEMO_BUILD_DIR="$build" "$root/scripts/demo" 2>&1)
+output=$(WEX_DEMO_BUILD_DIR="$build" "$root/scripts/demo" 2>&1 < /dev/null) # no terminal: the scripted walk
 status=$?
 output_name="the demo's output"
 # shellcheck source=tests/tools/expect_lines.sh
