@@ -22,18 +22,6 @@ std::string_view trimmed(std::string_view text)
     return text.substr(start, text.find_last_not_of(" \t") - start + 1);
 }
 
-std::vector<std::string_view> lines_of(std::string_view text)
-{
-    std::vector<std::string_view> lines;
-    while (!text.empty()) {
-        const std::size_t end = text.find('\n');
-        const std::size_t length = end == std::string_view::npos ? text.size() : end + 1;
-        lines.push_back(text.substr(0, length));
-        text.remove_prefix(length);
-    }
-    return lines;
-}
-
 // In the order of OutputFilter::Kind.
 constexpr FilterForm kForms[] = {
     {"include", "<REGEX>", "Only the lines that match an expression", "A POSIX extended regular expression"},
@@ -69,6 +57,18 @@ struct OutputFilter::Step {
         return regexec(&expression, text.c_str(), 0, nullptr, 0) == 0;
     }
 };
+
+std::vector<std::string_view> lines_of(std::string_view text)
+{
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        const std::size_t length = end == std::string_view::npos ? text.size() : end + 1;
+        lines.push_back(text.substr(0, length));
+        text.remove_prefix(length);
+    }
+    return lines;
+}
 
 CommandLine split_command_line(std::string_view line)
 {

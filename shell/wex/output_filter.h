@@ -25,6 +25,9 @@ struct CommandLine {
 
 CommandLine split_command_line(std::string_view line);
 
+// The lines of text, each with its line end; a last line without one counts.
+std::vector<std::string_view> lines_of(std::string_view text);
+
 // A filter as help names it: its word, what it takes ("" for nothing), and
 // what it keeps.
 struct FilterForm {

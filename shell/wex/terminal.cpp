@@ -1,6 +1,7 @@
 #include "terminal.h"
 
 #include "completion.h"
+#include "output_filter.h"
 
 #include <histedit.h>
 
@@ -139,18 +140,6 @@ int read_key()
     if (raw)
         tcsetattr(STDIN_FILENO, TCSANOW, &saved);
     return key;
-}
-
-std::vector<std::string_view> lines_of(std::string_view text)
-{
-    std::vector<std::string_view> lines;
-    while (!text.empty()) {
-        const std::size_t end = text.find('\n');
-        const std::size_t length = end == std::string_view::npos ? text.size() : end + 1;
-        lines.push_back(text.substr(0, length));
-        text.remove_prefix(length);
-    }
-    return lines;
 }
 
 } // namespace
