@@ -162,9 +162,11 @@ Terminal::Terminal(TerminalSetup setup) : setup_(std::move(setup))
     el_set(el_, EL_HIST, ::history, history_);
     el_set(el_, EL_PROMPT, prompt_of);
     el_set(el_, EL_GETCFN, read_character);
-    el_set(el_, EL_ADDFN, "wex-help", "Show what may come next", on_help);
-    el_set(el_, EL_ADDFN, "wex-complete", "Complete the word", on_complete);
-    el_set(el_, EL_ADDFN, "wex-interrupt", "Abandon the line", on_interrupt);
+    // Wide names are kept as given; narrow ones would be copied, and the
+    // copies never freed.
+    el_wset(el_, EL_ADDFN, L"wex-help", L"Show what may come next", on_help);
+    el_wset(el_, EL_ADDFN, L"wex-complete", L"Complete the word", on_complete);
+    el_wset(el_, EL_ADDFN, L"wex-interrupt", L"Abandon the line", on_interrupt);
     el_set(el_, EL_BIND, "?", "wex-help", nullptr);
     el_set(el_, EL_BIND, "^I", "wex-complete", nullptr);
     el_set(el_, EL_BIND, "^C", "wex-interrupt", nullptr);
