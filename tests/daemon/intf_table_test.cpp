@@ -82,6 +82,7 @@ TEST(InterfaceTable, EntryCutsLongTextsAndShowPrintsItsSetFields)
     ASSERT_EQ(copy_interface_table_entry(&e, &copy), 0);
     EXPECT_EQ(std::memcmp(&copy, &e, sizeof e), 0);
     EXPECT_EQ(set_interface_table_entry(nullptr, 1, "", 0, 0, "", "", "", nullptr, 0), -1);
+    EXPECT_EQ(copy_interface_table_entry(nullptr, &copy) + copy_interface_table_entry(&e, nullptr), -2);
 
     intf_table_entry entries[2];
     set_interface_table_entry(&entries[0], 0x8000000000000001ull, "fc", 2, 0, "fc_verify", "", "libfc.so",

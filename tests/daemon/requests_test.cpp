@@ -204,9 +204,10 @@ TEST(DaemonRequests, SettingsAndLock)
     EXPECT_EQ(observe([] {
                   return wexd_term_set_length(4, 0) + wexd_term_set_width(4, 0) +
                          wexd_switchname_set(4, nullptr) +
-                         wexd_wex_configuration_set(2, nullptr, 917, 0, "", "");
+                         wexd_wex_configuration_set(2, nullptr, 917, 0, "", "") +
+                         wex_register_interface(4, 1, nullptr);
               }),
-              (Seen{-4, {}}));
+              (Seen{-5, {}}));
     EXPECT_EQ(observe({{"req_resp", status(0x40540001)}},
                       [] {
                           wexd_wex_config config;
