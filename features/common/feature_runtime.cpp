@@ -1,6 +1,7 @@
 #include "feature_runtime.h"
 
 #include "command_record.h"
+#include "field_text.h"
 #include "program.h"
 
 #include "bcp.h"
@@ -242,7 +243,7 @@ std::vector<integer_range> range_list_argument(const pinfo &command, int index)
 
 std::string last_word(const pinfo &command)
 {
-    const std::string text(command.ascii_cmd, strnlen(command.ascii_cmd, sizeof command.ascii_cmd));
+    const std::string text = wex_tools::field_text(command.ascii_cmd);
     const std::size_t blank = text.find_last_of(' ');
     return blank == std::string::npos ? text : text.substr(blank + 1);
 }

@@ -4,7 +4,6 @@
 #include "typed_value.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace wex_shell
 {
@@ -19,14 +18,9 @@ bool ends_a_word(std::string_view typed)
     return typed.empty() || typed.back() == ' ' || typed.back() == '\t';
 }
 
-std::string_view field(const char *text, std::size_t width)
-{
-    return {text, strnlen(text, width)};
-}
-
 std::string parameter_help(const parse_tree_node &node)
 {
-    std::string help(field(node.params[0].help, sizeof node.params[0].help));
+    std::string help = field_text(node.params[0].help);
     std::string forms;
     for (std::size_t i = 0; i < node.param_count && i < 2; ++i)
         forms += (i ? " then " : "") + expected_form(node.params[i]);
@@ -97,7 +91,7 @@ Choices choices_at(const MainTree &tree, std::size_t mode_node, std::string_view
         if (child.param_count)
             parameters.push_back({name_of(child), parameter_help(child)});
         else if (std::string token = name_of(child); token.starts_with(result.partial))
-            keywords.push_back({std::move(token), std::string(field(child.Help, sizeof child.Help))});
+            keywords.push_back({std::move(token), field_text(child.Help)});
     }
     std::sort(keywords.begin(), keywords.end(),
               [](const Choice &a, const Choice &b) { return a.word < b.word; });

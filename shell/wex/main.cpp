@@ -77,7 +77,7 @@ bool set_up(const std::string &program, int q, wex_shell::ShellSetup &setup,
         return false;
     }
     for (const wex_tools::SimFeatureEntry &entry : *features)
-        setup.features[std::string(entry.module, strnlen(entry.module, sizeof entry.module))] = entry.queue;
+        setup.features[wex_shell::field_text(entry.module)] = entry.queue;
     setup.tree = &*tree;
     setup.tree_path = path;
     setup.authorization = std::move(*authorization);

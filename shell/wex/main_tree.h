@@ -4,10 +4,11 @@
 #ifndef WEX_SHELL_MAIN_TREE_H
 #define WEX_SHELL_MAIN_TREE_H
 
+#include "field_text.h"
+
 #include <wex/parse_tree.h>
 
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,11 +16,7 @@
 namespace wex_shell
 {
 
-// The text of a node's fixed-width field, which need not end in a NUL.
-template <std::size_t N> std::string field_text(const char (&field)[N])
-{
-    return std::string(field, strnlen(field, N));
-}
+using wex_tools::field_text;
 
 class MainTree
 {

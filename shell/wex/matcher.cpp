@@ -29,11 +29,6 @@ std::vector<std::size_t> children_of(const parse_tree_node &node)
     return {node.children, node.children + node.child_count};
 }
 
-std::string field(const char *text, std::size_t width)
-{
-    return std::string(text, strnlen(text, width));
-}
-
 std::string_view token_of(const parse_tree_node &node)
 {
     return {node.Token, strnlen(node.Token, sizeof node.Token)};
@@ -271,7 +266,7 @@ WalkResult walk_words(const MainTree &tree, std::size_t mode_node, std::string_v
 
 std::string name_of(const parse_tree_node &node)
 {
-    return node.param_count ? field(node.NodeName, sizeof node.NodeName) : std::string(token_of(node));
+    return node.param_count ? field_text(node.NodeName) : std::string(token_of(node));
 }
 
 std::string describe_error(std::string_view line, const MatchError &error)

@@ -1,4 +1,5 @@
 #include "daemon_queries.h"
+#include "field_text.h"
 
 #include "bcp.h"
 #include "ipcq.h"
@@ -78,7 +79,7 @@ std::optional<std::vector<std::string>> user_roles(int q, const std::string &use
         return std::nullopt;
     std::vector<std::string> roles;
     for (const SimRoleName &role : *records)
-        roles.emplace_back(role.name, strnlen(role.name, sizeof role.name));
+        roles.push_back(field_text(role.name));
     return roles;
 }
 

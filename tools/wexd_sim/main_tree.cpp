@@ -1,5 +1,6 @@
 #include "main_tree.h"
 
+#include "field_text.h"
 #include "image_check.h"
 #include "image_merge.h"
 #include "node_record.h"
@@ -93,8 +94,7 @@ GeneratedTree generate_main_tree(const SimState &state)
     for (int32_t i = 0; i <= state.trees.last_index && i < WEX_TREE_TABLE_CAPACITY; ++i) {
         const tree_table_entry &entry = state.trees.entries[i];
         if (entry.par_file_name[0] == '\0') // a module's tree, not a command file
-            names.push_back(std::string(entry.module_id, strnlen(entry.module_id, sizeof entry.module_id)) +
-                            ".par");
+            names.push_back(wex_tools::field_text(entry.module_id) + ".par");
     }
     std::vector<LoadedTree> trees;
     std::string why;
