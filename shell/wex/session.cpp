@@ -97,10 +97,14 @@ bool Session::enter_configuration()
     const auto requester = static_cast<uint32_t>(getpid());
     if (setup_.terminal && !holds_lock_ && wexd_cli_lock(setup_.q, requester) == 0)
         holds_lock_ = true;
-    const std::optional<wex_tools::SimLockHolder> holder = wex_tools::lock_holder(setup_.q);
-    if (!holds_lock_ && (setup_.terminal || (holder && holder->locked))) {
-        std::fprintf(complaints(), "%% Configuration mode is locked: %s\n", lock_holder_text(holder).c_str());
-        return false;
+    if (!holds_lock_) {
+        // Asked only when the lock is not this session's: who holds it.
+        const std::optional<wex_tools::SimLockHolder> holder = wex_tools::lock_holder(setup_.q);
+        if (setup_.terminal || (holder && holder->locked)) {
+            std::fprintf(complaints(), "%% Configuration mode is locked: %s\n",
+                         lock_holder_text(holder).c_str());
+            return false;
+        }
     }
     // Configuration mode is the node "configure terminal" reaches.
     const MatchResult result = match_line(*setup_.tree, 0, "configure terminal");
