@@ -90,13 +90,6 @@ CommandRecord CommandRecord::build(const MainTree &tree, const Match &match, con
     return record;
 }
 
-std::vector<uint8_t> CommandRecord::flatten() const
-{
-    std::vector<uint8_t> wire;
-    flatten_into(wire);
-    return wire;
-}
-
 void CommandRecord::flatten_into(std::vector<uint8_t> &wire) const
 {
     append(wire, WireHeader{kMagic, sizeof(pinfo), info_->param_count, 0});

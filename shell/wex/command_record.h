@@ -38,10 +38,9 @@ class CommandRecord
 
     // The record's wire form, appended to wire.
     void flatten_into(std::vector<uint8_t> &wire) const;
-    std::vector<uint8_t> flatten() const;
 
     // The record of a wire form, or nothing with why set when the bytes are
-    // not one made by flatten in a program of the same record layout.
+    // not one made by flatten_into in a program of the same record layout.
     static std::optional<CommandRecord> rebuild(std::span<const uint8_t> wire, std::string &why);
 
     pinfo &info() { return *info_; }

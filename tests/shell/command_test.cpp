@@ -199,7 +199,8 @@ TEST(ShellCommandRecord, CarriesContextAndArgumentsAcrossTheWire)
     const wex_shell::SessionContext session{"admin", "console", "s-42", "wex", 1, 7};
     const auto record = wex_shell::CommandRecord::build(sample_tree(), match, session, 3);
     std::string why;
-    const Bytes wire = record.flatten();
+    Bytes wire;
+    record.flatten_into(wire);
     const auto rebuilt = wex_shell::CommandRecord::rebuild(wire, why);
     ASSERT_TRUE(rebuilt) << why;
     const std::string dump = wex_test::capture_stdout([&] { print_pinfo(&rebuilt->info()); });
