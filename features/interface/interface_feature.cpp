@@ -121,12 +121,20 @@ std::vector<uint32_t> InterfaceFeature::indexes_of(const param_arg *ranges) cons
     return indexes;
 }
 
+// "interface RANGE" selects ports; with "no" it puts them back to their
+// defaults.
 Applied InterfaceFeature::enter(const pinfo &command)
 {
     sessions_.erase(command.session_id); // whatever happens, the old selection is left
     std::vector<uint32_t> indexes = indexes_of(argument(command, 0));
     if (indexes.empty())
         return refused("interface: no interface named");
+    if (command.no_flag) {
+        bool changed = false;
+        for (const uint32_t index : indexes)
+            changed |= ports_.erase(index) != 0;
+        return {0, "", changed};
+    }
     sessions_[command.session_id] = std::move(indexes);
     return {};
 }
@@ -138,27 +146,29 @@ Applied InterfaceFeature::port_setting(const pinfo &command)
         return refused("no interface is selected");
     const bool no = command.no_flag != 0;
     const int32_t vsan = number_argument(command, 0);
-    if (command.command_id == kPortVsan && vsan != 1 && !vsans_.count(vsan))
+    if (command.command_id == kPortVsan && !no && vsan != 1 && !vsans_.count(vsan))
         return refused(vsan_text(vsan) + " does not exist");
     for (const uint32_t index : selected->second) {
         Port &port = ports_[index];
         switch (command.command_id) {
         case kShutdown:
-            port.shutdown = !no;
+            port.up = no;
             break;
         case kSpeed:
-            port.speed = last_word(command);
+            port.speed = no ? "" : last_word(command);
             break;
         case kPortMode:
-            port.port_mode = last_word(command);
+            port.port_mode = no ? "" : last_word(command);
             break;
         case kDescription:
             port.description = no ? "" : text_argument(command, 0);
             break;
         default:
-            port.vsan = vsan;
+            port.vsan = no ? 1 : vsan;
             break;
         }
+        if (port == Port{})
+            ports_.erase(index);
     }
     return {0, "", true};
 }
@@ -170,7 +180,7 @@ Applied InterfaceFeature::vsan_command(const pinfo &command)
     if (command.command_id == kVsanSuspend) {
         if (found == vsans_.end())
             return refused(vsan_text(vsan) + " does not exist");
-        found->second.suspended = true;
+        found->second.suspended = !command.no_flag;
         return {0, "", true};
     }
     if (!command.no_flag) {
@@ -202,7 +212,7 @@ Applied InterfaceFeature::show_brief(const pinfo &command) const
         const auto found = ports_.find(index);
         const Port port = found != ports_.end() ? found->second : Port{};
         std::snprintf(line, sizeof line, "%-16s %4d  %-5s  %-5s  %-4s  %s\n", name_of(index).c_str(),
-                      port.vsan, port.shutdown.value_or(true) ? "down" : "up",
+                      port.vsan, port.up ? "up" : "down",
                       port.speed.empty() ? "auto" : port.speed.c_str(),
                       port.port_mode.empty() ? "auto" : port.port_mode.c_str(), port.description.c_str());
         text += line;
@@ -238,8 +248,8 @@ std::vector<wex_shell::ConfigBlock> InterfaceFeature::running_config() const
     }
     for (const auto &[index, port] : ports_) {
         std::string text = "interface " + name_of(index) + "\n";
-        if (port.shutdown)
-            text += *port.shutdown ? "shutdown\n" : "no shutdown\n";
+        if (port.up)
+            text += "no shutdown\n";
         if (!port.speed.empty())
             text += "speed " + port.speed + "\n";
         if (!port.port_mode.empty())

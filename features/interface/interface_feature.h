@@ -6,7 +6,6 @@
 #include "feature_runtime.h"
 
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,12 +22,15 @@ class InterfaceFeature final : public Feature
     std::vector<wex_shell::ConfigBlock> running_config() const override;
 
   private:
-    // A port's settings; those never configured are left out of the
-    // running configuration.
+    // A port's settings. A port is down until "no shutdown"; settings at
+    // their defaults are left out of the running configuration, and so is a
+    // port with nothing but defaults.
     struct Port {
-        std::optional<bool> shutdown;
+        bool up = false;
         std::string speed, port_mode, description;
         int32_t vsan = 1;
+
+        bool operator==(const Port &) const = default;
     };
     struct Vsan {
         std::string name;

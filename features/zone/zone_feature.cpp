@@ -193,9 +193,18 @@ Applied ZoneFeature::zone_set_member(const pinfo &command)
     return change_members(*members, zone, command.no_flag != 0);
 }
 
+// "zone-set activate N vsan V" puts zone set N in force in VSAN V; with
+// "no" it takes it out of force again.
 Applied ZoneFeature::activate(const pinfo &command)
 {
     const Key key{number_argument(command, 1), text_argument(command, 0)};
+    if (command.no_flag) {
+        const auto active = active_.find(key.first);
+        if (active == active_.end() || active->second != key.second)
+            return refused(key_text("zone set", key) + " is not active");
+        active_.erase(active);
+        return {0, "", true};
+    }
     if (!zone_sets_.count(key))
         return refused(key_text("zone set", key) + " does not exist");
     const bool changed = active_[key.first] != key.second;

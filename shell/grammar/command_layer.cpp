@@ -170,10 +170,16 @@ class Reader
             read_enters(key, line, command);
         } else if (name == "negatable") {
             command.negatable = true;
+        } else if (name == "ordered") {
+            command.ordered = true;
+        } else if (name == "single-valued") {
+            const Token *value = line.done() ? nullptr : line.take();
+            command.single_valued = value ? value->value : "";
         } else {
             error(key.at, "unknown attribute '" + name +
                               "' (help, function, generator, command-id, bcp-msg-type, internal-function, "
-                              "priority, interface-mask, permissions, enters, negatable)");
+                              "priority, interface-mask, permissions, enters, negatable, ordered, "
+                              "single-valued)");
         }
     }
 

@@ -45,6 +45,10 @@ struct CommandDecl {
     std::optional<std::array<uint8_t, 16>> permissions;
     std::optional<Submode> enters;
     bool negatable = false;
+    bool ordered = false;
+    // single-valued: the name of the parameter that holds the value, or
+    // empty for the command's last word.
+    std::optional<std::string> single_valued;
     std::string module; // the module_id of the nodes it makes
     Position at;
     Position enters_at;

@@ -331,7 +331,20 @@ class Writer
         out += attributes(nodes_[e.path.back()]);
         if (e.negatable)
             out += "    negatable\n";
+        out += value_attribute(e);
         return out;
+    }
+
+    // Which word of the command holds its value, when one does.
+    std::string value_attribute(const Event &e) const
+    {
+        const auto value = std::find_if(e.path.begin(), e.path.end(),
+                                        [&](uint16_t n) { return nodes_[n].action & kActionValue; });
+        if (value == e.path.end())
+            return "";
+        if (value + 1 == e.path.end())
+            return "    single-valued\n";
+        return "    single-valued " + help_key(*value) + "\n";
     }
 
     std::string attributes(const NodeFields &f) const
@@ -340,6 +353,8 @@ class Writer
         const auto line = [&](const char *key, const std::string &value) {
             out += "    " + std::string(key) + " " + value + "\n";
         };
+        if (f.action & kActionOrdered)
+            out += "    ordered\n";
         if (f.action & WEX_ACTION_SUBMODE)
             out += "    enters " + f.submode_prompt + " " + quoted(f.submode_prompt) + " " +
                    quoted(f.submode_help) + "\n";

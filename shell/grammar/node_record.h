@@ -13,6 +13,15 @@
 namespace wex_grammar
 {
 
+// Bits of a node's action word that the grammar sets beside the library's
+// Terminal and SubMode: how configuration lines made by its commands are
+// compared when one configuration is turned into another.
+// The node holds a command's value: lines that differ only there are one
+// setting, changed by giving the new value.
+inline constexpr uint32_t kActionValue = 0x10;
+// The command completed here makes a list whose order matters.
+inline constexpr uint32_t kActionOrdered = 0x20;
+
 struct ParamFields {
     uint32_t type = 0;
     uint64_t mask = 0;

@@ -2,6 +2,7 @@
 
 #include "image_check.h"
 
+#include <algorithm>
 #include <map>
 #include <unordered_map>
 
@@ -114,6 +115,7 @@ class TreeBuilder::Impl
         std::optional<uint16_t> first_word;
         for (const std::vector<Word> &form : command.forms) {
             uint16_t at = static_cast<uint16_t>(modes_.at(command.modes.front()));
+            std::optional<uint16_t> value;
             for (std::size_t i = 0; i < form.size(); ++i) {
                 const std::optional<uint16_t> child =
                     word_node(file, command.module, at, form[i], help_of(file, command, form[i]));
@@ -122,8 +124,17 @@ class TreeBuilder::Impl
                 at = *child;
                 if (i == 0)
                     first_word = at;
+                if (holds_value(command, form, i))
+                    value = at;
             }
             finish(file, command, at);
+            if (command.single_valued && !value) {
+                error(file.name, command.at,
+                      "'single-valued' names '" + *command.single_valued + "', no parameter of this command");
+                return;
+            }
+            if (value)
+                nodes_[*value].fields.action |= kActionValue;
         }
         if (diagnostics_.count() != errors || !first_word)
             return;
@@ -245,6 +256,18 @@ class TreeBuilder::Impl
         return index;
     }
 
+    // Whether word i of a form holds the value of a single-valued command:
+    // the parameter the attribute names, or else the form's last word.
+    static bool holds_value(const CommandDecl &command, const std::vector<Word> &form, std::size_t i)
+    {
+        if (!command.single_valued)
+            return false;
+        if (command.single_valued->empty())
+            return i + 1 == form.size();
+        const std::vector<std::string> &names = form[i].names;
+        return std::find(names.begin(), names.end(), *command.single_valued) != names.end();
+    }
+
     // The "no" keyword of a mode, made on first use.
     std::optional<uint16_t> no_node(const CommandFile &file, const CommandDecl &command, uint16_t mode)
     {
@@ -275,7 +298,7 @@ class TreeBuilder::Impl
     void finish(const CommandFile &file, const CommandDecl &command, uint16_t last)
     {
         NodeFields &f = nodes_[last].fields;
-        f.action |= WEX_ACTION_TERMINAL;
+        f.action |= WEX_ACTION_TERMINAL | (command.ordered ? kActionOrdered : 0);
         set(file, command, last, "function", f.function, command.function);
         set(file, command, last, "generator", f.generator, command.generator);
         set(file, command, last, "command-id", f.command_id, command.command_id);
