@@ -175,7 +175,7 @@ std::optional<MatchError> LineMatcher::take_parameter(const std::vector<std::siz
 std::optional<MatchedNode> LineMatcher::read_parameter(std::size_t node_index, std::string &why)
 {
     const parse_tree_node &node = tree_.node(node_index);
-    MatchedNode matched{node_index, {}};
+    MatchedNode matched{node_index, {}, {}};
     for (std::size_t i = 0; i < node.param_count && i < 2; ++i) {
         if (next_ + i >= words_.size()) {
             why = "a second value";
@@ -197,17 +197,18 @@ std::optional<MatchedNode> LineMatcher::read_parameter(std::size_t node_index, s
 void LineMatcher::take(std::size_t node, std::vector<TypedValue> values, std::size_t words)
 {
     const parse_tree_node &taken = tree_.node(node);
+    std::string text;
     if (taken.param_count && takes_rest_of_line(taken.params[0].type)) {
-        const std::string &rest = reinterpret_cast<const char *>(values.front().bytes.data());
-        match_.full_text += (match_.full_text.empty() ? "" : " ") + rest;
+        text = reinterpret_cast<const char *>(values.front().bytes.data());
         words = words_.size() - next_;
     } else if (taken.param_count) {
         for (std::size_t i = 0; i < words; ++i)
-            match_.full_text += (match_.full_text.empty() ? "" : " ") + written(words_[next_ + i].text);
+            text += (i ? " " : "") + written(words_[next_ + i].text);
     } else {
-        match_.full_text += (match_.full_text.empty() ? "" : " ") + std::string(token_of(taken));
+        text = token_of(taken);
     }
-    match_.path.push_back({node, std::move(values)});
+    match_.full_text += (match_.full_text.empty() ? "" : " ") + text;
+    match_.path.push_back({node, std::move(values), std::move(text)});
     next_ += words;
 }
 

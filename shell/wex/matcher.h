@@ -30,6 +30,7 @@ std::vector<Word> split_words(std::string_view line);
 struct MatchedNode {
     std::size_t node;
     std::vector<TypedValue> values; // one per descriptor of a parameter node
+    std::string text;               // its words as full_text holds them
 };
 
 struct Match {

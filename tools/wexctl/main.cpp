@@ -2,6 +2,7 @@
 // the shell, from the command line. Exit status: 0 fine (or the same), 1 a
 // problem found (or different, or refused), 2 trouble (usage, files, wexd,
 // writing the output).
+#include "config_commands.h"
 #include "daemon_commands.h"
 #include "input_file.h"
 #include "image_check.h"
@@ -40,6 +41,8 @@ constexpr const char *kUsage =
     "  unlock REQUESTER [--force]  give it back (--force: whoever holds it)\n"
     "  role show [NAME]            one role, or every role\n"
     "  config show                 wexd's settings\n"
+    "  config diff RUNNING WANTED [--json]     their line-set difference\n"
+    "  config remediate RUNNING WANTED --tree MAIN.par   the commands from one to the other\n"
     "FILE may be - for standard input. Daemon commands use the transport under $IPCQ_RUNTIME_DIR\n"
     "and wait --timeout SECONDS for wexd (default 3). Exit status: 0 fine, 1 a problem found,\n"
     "different or refused, 2 trouble. 'wexctl COMMAND --help' for one command; --version.\n";
@@ -192,6 +195,9 @@ int run(const Args &all)
         return diff_command(rest);
     if (all[0] == "tree")
         return wexctl::run_tree_command(rest);
+    if (all[0] == "config")
+        if (const std::optional<int> status = wexctl::run_config_command(rest))
+            return *status;
     if (const std::optional<int> status = wexctl::run_daemon_command(all[0], rest))
         return *status;
     return usage_error("unknown command '" + all[0] + "'");
