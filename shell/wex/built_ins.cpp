@@ -2,6 +2,8 @@
 // configurations, and what a session knows of itself.
 #include "session.h"
 
+#include "checkpoints.h"
+
 #include "complaints.h"
 #include "output_file.h"
 #include "program.h"
@@ -114,8 +116,35 @@ bool Session::show_users(FILE *out) const
     return true;
 }
 
+// "checkpoint ACTION [NAME [MODE]]": the name is the command's one value,
+// a restore's mode its last keyword.
+bool Session::run_checkpoint(const std::string &action, const Match &match, FILE *out)
+{
+    std::string name;
+    for (const MatchedNode &node : match.path)
+        if (!node.values.empty())
+            name = reinterpret_cast<const char *>(node.values.front().bytes.data());
+    Checkpoints checkpoints(setup_.tree_path.substr(0, setup_.tree_path.rfind('/') + 1) + "checkpoints",
+                            *setup_.tree, [this] { return running_config(""); });
+    if (action == "save")
+        return checkpoints.save(name);
+    if (action == "list")
+        return checkpoints.list(out);
+    if (action == "show")
+        return checkpoints.show(name, out);
+    if (action == "delete")
+        return checkpoints.remove(name);
+    if (action == "diff")
+        return checkpoints.diff(name, out);
+    const std::optional<RestoreMode> mode = restore_mode(match.path.back().text);
+    return checkpoints.restore(name, mode.value_or(RestoreMode::all_or_nothing));
+}
+
 bool Session::run_built_in(const std::string &function, const Match &match, FILE *out)
 {
+    constexpr std::string_view kCheckpoint = "wex_checkpoint_";
+    if (function.rfind(kCheckpoint, 0) == 0)
+        return run_checkpoint(function.substr(kCheckpoint.size()), match, out);
     const auto &values = match.path.back().values;
     const auto text_value = [&values] {
         return values.empty() ? std::string()

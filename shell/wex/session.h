@@ -85,6 +85,7 @@ class Session
                       std::size_t number);
     bool run_match(const Match &match, std::string_view line, std::size_t number, FILE *out);
     bool run_built_in(const std::string &function, const Match &match, FILE *out);
+    bool run_checkpoint(const std::string &action, const Match &match, FILE *out);
     bool dispatch(const Match &match, std::string_view line, std::size_t number, FILE *out);
     bool send_batch(const std::string &module, const BatchWriter &batch, std::vector<Pending> lines,
                     FILE *out);

@@ -85,7 +85,7 @@ TEST(ShellMatching, WordsAbbreviationsValuesAndErrorsByMode)
         {exec, "show zone vsan 10-20", "show zone vsan 10-20 | 10 0 0 0 20 0 0 0"},
         {exec, "s", "s\n^\n% Ambiguous word \"s\": it may be show, ssh\n"},
         {exec, "shw run",
-         "shw run\n^\n% Unknown word \"shw\": expected configure, exit, show, copy, terminal, ping, ssh\n"},
+         "shw run\n^\n% Unknown word \"shw\": expected configure, exit, show, copy, terminal, checkpoint, ping, ssh\n"},
         {exec, "show zone vsan 5000",
          "show zone vsan 5000\n               ^\n% Bad value \"5000\" for <VSANS>: a VSAN id or range from 1 "
          "to "
@@ -253,13 +253,14 @@ TEST(ShellCompletion, HelpAndTabOfferWhatMayComeNextAndNeverGuessAValue)
         std::string help;
     } helps[] = {
         {0, "",
-         "  configure  Enter configuration mode\n"
-         "  copy       Copy a configuration\n"
-         "  exit       Leave the session\n"
-         "  ping       Send echo requests\n"
-         "  show       Show the switch's state\n"
-         "  ssh        Open a secure shell\n"
-         "  terminal   This terminal's settings\n"},
+         "  checkpoint  Saved configurations to return to\n"
+         "  configure   Enter configuration mode\n"
+         "  copy        Copy a configuration\n"
+         "  exit        Leave the session\n"
+         "  ping        Send echo requests\n"
+         "  show        Show the switch's state\n"
+         "  ssh         Open a secure shell\n"
+         "  terminal    This terminal's settings\n"},
         {config, "zone n", "  name  By its name\n"},
         {config, "zone name Z1 vsan ", "  <VSAN>  VSAN id (a VSAN id from 1 to 4094)\n"},
         {config, "zone name Z1 vsan 10 ", "  <cr>  The command is complete\n"},

@@ -77,13 +77,14 @@ def help_completion_submode_and_pipes():
     shell = session()
     walk("help, completion, a submode and a pipe chain", shell, [
         ("?", "?\r\n"
-              "  configure  Enter configuration mode\r\n"
-              "  copy       Copy a configuration\r\n"
-              "  exit       Leave the session\r\n"
-              "  ping       Send echo requests\r\n"
-              "  show       Show the switch's state\r\n"
-              "  ssh        Open a secure shell\r\n"
-              "  terminal   This terminal's settings\r\n"),
+              "  checkpoint  Saved configurations to return to\r\n"
+              "  configure   Enter configuration mode\r\n"
+              "  copy        Copy a configuration\r\n"
+              "  exit        Leave the session\r\n"
+              "  ping        Send echo requests\r\n"
+              "  show        Show the switch's state\r\n"
+              "  ssh         Open a secure shell\r\n"
+              "  terminal    This terminal's settings\r\n"),
         ("", "switch# "),
         ("s\t", "\r\nshow  ssh\r\n"),
         ("", "switch# s"),

@@ -81,7 +81,7 @@ check "to a file" 0 "" -nRc "show running-config > $runtime/saved.cfg " < /dev/n
 [[ $(cat "$runtime/saved.cfg") == "$running" ]] || { echo "saved.cfg differs"; failures=$((failures + 1)); }
 check "a misspelt word" 1 'shw run
 ^
-% Unknown word "shw": expected configure, exit, show, copy, terminal, ping, ssh' -nRc "shw run" < /dev/null
+% Unknown word "shw": expected configure, exit, show, copy, terminal, checkpoint, ping, ssh' -nRc "shw run" < /dev/null
 check "a usage error" 2 "$("$build/shell/wex/wex" --help | sed '1s/^/wex: -e takes 0 or 1\n/')" -e 7 -c "show version"
 check "control bytes, never echoed" 1 'line 1: show ?[31mred
 % Control byte 0x1b at column 6: not part of any command
