@@ -4,7 +4,7 @@
 // "/lc/tarnboot/bin/wexboot" are the built shell. The steps build on each
 // other, so they run in order: what one configures, the snapshots at the
 // end must show.
-#include "tools/sim_process.h"
+#include "tools/road_system.h"
 
 #include <wex/wex.h>
 
@@ -24,62 +24,12 @@
 namespace
 {
 
+using wex_test::read_text;
+using wex_test::write_text;
+
 const std::string kSandbox = WEX_ROAD_SANDBOX;
 const std::string kShell = kSandbox + "/tarn/bin/wex";
 const std::string kCommandList = kSandbox + "/volatile/wex_cmdlist_1";
-
-std::string read_text(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "<absent>";
-}
-
-void write_text(const std::string &path, const std::string &text)
-{
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-// A feature process for the length of the test, stopped with SIGTERM.
-class Feature
-{
-  public:
-    Feature(const std::string &program, const std::string &log) : log_(log)
-    {
-        pid_ = fork();
-        if (pid_ == 0) {
-            std::freopen(log.c_str(), "w", stderr);
-            execl(program.c_str(), program.c_str(), static_cast<char *>(nullptr));
-            _exit(127);
-        }
-    }
-    ~Feature() { stop(); }
-    Feature(const Feature &) = delete;
-    Feature &operator=(const Feature &) = delete;
-
-    // True once the feature's commands are in a main tree (5 s at most).
-    bool ready() const
-    {
-        for (int i = 0; i < 100; ++i) {
-            if (read_text(log_).find("commands in main tree") != std::string::npos)
-                return true;
-            usleep(50 * 1000);
-        }
-        return false;
-    }
-    // The exit status after SIGTERM.
-    int stop()
-    {
-        int status = -1;
-        if (pid_ > 0 && kill(pid_, SIGTERM) == 0 && waitpid(pid_, &status, 0) == pid_)
-            status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        pid_ = -1;
-        return status;
-    }
-
-  private:
-    std::string log_;
-    pid_t pid_ = -1;
-};
 
 // What an operation returned, and what its shell wrote on the caller's
 // standard output and error (one file, in the order written).
@@ -135,30 +85,15 @@ class ExecRoad : public ::testing::Test
   protected:
     void SetUp() override
     {
-        char pattern[] = "/tmp/wex-road-XXXXXX";
-        work_ = mkdtemp(pattern);
-        std::filesystem::copy(WEX_PAR_DIR, work_ + "/par");
-        sim_ =
-            std::make_unique<wex_test::SimProcess>("", std::vector<std::string>{"--par-dir", work_ + "/par"});
-        ASSERT_TRUE(sim_->ready()) << sim_->log();
-        setenv("IPCQ_RUNTIME_DIR", sim_->runtime_dir().c_str(), 1);
-        setenv("USER", "tester", 1);
-        unsetenv("WARDEN_KEL_ID");
-        zone_ = std::make_unique<Feature>(WEX_ZONE_PATH, work_ + "/zone.log");
-        ASSERT_TRUE(zone_->ready()) << read_text(work_ + "/zone.log");
-        interface_ = std::make_unique<Feature>(WEX_INTERFACE_PATH, work_ + "/interface.log");
-        ASSERT_TRUE(interface_->ready()) << read_text(work_ + "/interface.log");
+        road_ = std::make_unique<wex_test::RoadSystem>();
+        ASSERT_EQ(road_->problem(), "");
     }
     void TearDown() override
     {
-        EXPECT_EQ(interface_ ? interface_->stop() : 0, 0);
-        EXPECT_EQ(zone_ ? zone_->stop() : 0, 0);
-        sim_.reset();
-        unsetenv("IPCQ_RUNTIME_DIR");
+        EXPECT_TRUE(road_->stop());
         std::remove(kCommandList.c_str());
-        std::filesystem::remove_all(work_);
     }
-    std::string path(const std::string &name) const { return work_ + "/" + name; }
+    std::string path(const std::string &name) const { return road_->path(name); }
     // Runs each step in turn, checking what it returned and printed.
     void run_steps(const std::vector<Step> &steps) const
     {
@@ -170,9 +105,7 @@ class ExecRoad : public ::testing::Test
         }
     }
 
-    std::string work_;
-    std::unique_ptr<wex_test::SimProcess> sim_;
-    std::unique_ptr<Feature> zone_, interface_;
+    std::unique_ptr<wex_test::RoadSystem> road_;
 };
 
 TEST_F(ExecRoad, EveryOperationRunsTheShellAndItsSnapshotsShowWhatWasConfigured)

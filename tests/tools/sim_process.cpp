@@ -95,16 +95,23 @@ SimProcess::SimProcess(const std::string &role_config, const std::vector<std::st
         args = {"--config", path};
     }
     args.insert(args.end(), more_args.begin(), more_args.end());
-    int fds[2];
-    if (pipe(fds) != 0)
+    // The log goes to a file, read as it grows: a simulator that logs more
+    // than a pipe holds while nobody reads must not stall.
+    const std::string log_path = dir_ + "/wexd-sim.log";
+    const int log_fd = open(log_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    out_fd_ = open(log_path.c_str(), O_RDONLY);
+    if (log_fd < 0 || out_fd_ < 0)
         return;
-    pid_ = spawn(command_of(WEXD_SIM_PATH, args), dir_, fds[1], STDERR_FILENO);
-    close(fds[1]);
-    out_fd_ = fds[0];
+    pid_ = spawn(command_of(WEXD_SIM_PATH, args), dir_, log_fd, STDERR_FILENO);
+    close(log_fd);
     // Up to ten seconds (the emulated build starts slowly) for the line
     // that says the queues are open; a main tree may be logged before it.
-    for (int i = 0; i < 100 && log_.find("wexd-sim: serving") == std::string::npos; ++i)
-        log_ += read_available(out_fd_, 100);
+    for (int i = 0; i < 100 && log_.find("wexd-sim: serving") == std::string::npos; ++i) {
+        const std::string more = read_available(out_fd_, 100);
+        if (more.empty())
+            usleep(100 * 1000);
+        log_ += more;
+    }
     ready_ = log_.find("wexd-sim: serving") != std::string::npos;
 }
 
