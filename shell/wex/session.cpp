@@ -78,8 +78,9 @@ bool Session::report(std::size_t number, std::string_view line, const std::strin
     FILE *err = complaints();
     if (number > 0)
         std::fprintf(err, "line %zu: %s\n", number, echo_of(line).c_str());
+    // A built-in command that failed has said why already: its message is empty.
     std::fputs(message.c_str(), err);
-    if (message.empty() || message.back() != '\n')
+    if (!message.empty() && message.back() != '\n')
         std::fputc('\n', err);
     return !setup_.options.stop_on_error;
 }

@@ -4,6 +4,7 @@
 #include "command_record.h"
 #include "completion.h"
 #include "compiler.h"
+#include "sample_tree.h"
 #include "support/capture.h"
 #include "support/samples.h"
 
@@ -19,23 +20,7 @@ namespace
 
 using wex_shell::MainTree;
 
-const MainTree &sample_tree()
-{
-    static const std::optional<MainTree> tree = [] {
-        std::vector<wex_grammar::Source> sources;
-        for (const char *name : {"exec.tree", "zone.tree", "interface.tree"})
-            sources.push_back({name, wex_test::sample_grammar(name)});
-        wex_grammar::Diagnostics diagnostics;
-        const auto image = wex_grammar::compile(sources, diagnostics);
-        const std::string path = std::string(WEX_TEST_SANDBOX) + "/commands.par";
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char *>(image->bytes.data()),
-                   static_cast<std::streamsize>(image->bytes.size()));
-        std::string why;
-        return MainTree::load(path, why);
-    }();
-    return *tree;
-}
+using wex_test::sample_tree;
 
 // The node a line that enters a mode leaves the shell in.
 std::size_t mode_after(std::size_t from, const std::string &line)
@@ -85,7 +70,8 @@ TEST(ShellMatching, WordsAbbreviationsValuesAndErrorsByMode)
         {exec, "show zone vsan 10-20", "show zone vsan 10-20 | 10 0 0 0 20 0 0 0"},
         {exec, "s", "s\n^\n% Ambiguous word \"s\": it may be show, ssh\n"},
         {exec, "shw run",
-         "shw run\n^\n% Unknown word \"shw\": expected configure, exit, show, copy, terminal, checkpoint, ping, ssh\n"},
+         "shw run\n^\n% Unknown word \"shw\": expected configure, exit, show, copy, terminal, checkpoint, "
+         "ping, ssh\n"},
         {exec, "show zone vsan 5000",
          "show zone vsan 5000\n               ^\n% Bad value \"5000\" for <VSANS>: a VSAN id or range from 1 "
          "to "

@@ -27,12 +27,12 @@ for feature in zone interface; do
 done
 
 failures=0
-# check NAME STATUS EXPECTED [wex arguments...]: standard output and error
-# together, standard input from the caller.
-check() {
-  local name=$1 status=$2 expected=$3 output actual
-  shift 3
-  output=$("$build/shell/wex/wex" "$@" 2>&1)
+# run_check PROGRAM NAME STATUS EXPECTED [arguments...]: standard output and
+# error together, standard input from the caller.
+run_check() {
+  local program=$1 name=$2 status=$3 expected=$4 output actual
+  shift 4
+  output=$("$program" "$@" 2>&1)
   actual=$?
   if [[ $actual != "$status" || $output != "$expected" ]]; then
     printf '%s: status %s (expected %s)\n--- got\n%s\n--- expected\n%s\n' "$name" "$actual" "$status" \
@@ -40,6 +40,8 @@ check() {
     failures=$((failures + 1))
   fi
 }
+check() { run_check "$build/shell/wex/wex" "$@"; }
+check_wexctl() { run_check "$build/tools/wexctl" "$@"; }
 
 check "a zone, abbreviated" 0 "" -nRc \
   "conf t ; zone name Z1 vsan 10 ; member wwn 10:00:00:00:C9:12:34:56 ; member fcid 0x10203" < /dev/null
@@ -90,6 +92,60 @@ line 2: zone?x
 check "a line of 100,000 bytes" 1 '% Line of 100000 bytes: a command holds at most 527' \
   -nRc "show zone $(printf '%099990d' 0)" < /dev/null
 
+# Checkpoints: saved, compared as the commands that would restore them,
+# restored, and a restore that fails put back as it was.
+check "a checkpoint" 0 "" -nRc "checkpoint save before" < /dev/null
+check "the same name again" 1 "% Checkpoint before exists: delete it first" -nRc "checkpoint save before" < /dev/null
+check "a name that is no file's" 1 \
+  "% A checkpoint's name is 1 to 31 letters, digits, '.', '_' or '-', not beginning with '.'" \
+  -nRc "checkpoint save ../up" < /dev/null
+check "a change" 0 "" -nRc "conf t ; no zone name Z1 vsan 10 ; interface fc1/1 ; speed 16000" < /dev/null
+check "what would restore it" 0 'interface fc1/1
+  speed 8000
+  exit
+zone name Z1 vsan 10
+  member wwn 10:00:00:00:c9:12:34:56
+  member fcid 0x010203
+  exit' -nRc "checkpoint diff before" < /dev/null
+check "restored" 0 "$running" -nRc "checkpoint restore before ; show running-config" < /dev/null
+printf '%s\nvsan 30 name Lab\nzone-set name S vsan 10\n  member NoSuchZone\n' "$running" \
+  > "$runtime/par/checkpoints/bad"
+failed_member='line 4: member NoSuchZone
+% zone NoSuchZone in VSAN 10 does not exist'
+check "a restore that fails, put back" 1 "$failed_member
+% Checkpoint bad is not restored: a command failed, and the running configuration is back as it was
+$running" -nRc "checkpoint restore bad ; show running-config" < /dev/null
+check "a restore that stops at its failure" 1 "$failed_member
+% Checkpoint bad is restored in part: a command failed
+zone-set name S vsan 10
+  member NoSuchZone
+  exit" -nRc "checkpoint restore bad stop-on-error ; checkpoint diff bad" < /dev/null
+listed=$("$build/shell/wex/wex" -nRc "checkpoint list" | cut -c1-42)
+[[ $listed == "NAME                              LINES  S"$'\n'"bad                                  13  2"$'\n'"before                               10  2" ]] ||
+  { printf 'checkpoint list:\n%s\n' "$listed"; failures=$((failures + 1)); }
+check "a deleted checkpoint" 1 "% No checkpoint bad" -nRc "checkpoint delete bad ; checkpoint show bad" < /dev/null
+
+# The same commands offline, from two files and the main tree.
+current=$(find "$runtime/par" -name 'main_tree*.par' | sort -V | tail -1)
+configs=$(dirname "$0")/../../examples/configs
+check_wexctl "remediate" 0 'no zone name backup vsan 20
+vsan 30 name lab
+interface fc1/1-4
+  speed 32000
+  exit
+zone name hosts vsan 10
+  member wwn 21:00:00:24:ff:4c:a2:11
+  exit' config remediate "$configs/old.cfg" "$configs/new.cfg" --tree "$current"
+printf 'vsan 10 name a\nbogus\n' > "$runtime/bogus.cfg"
+: > "$runtime/empty.cfg"
+check_wexctl "remediate a line no command takes" 1 "wexctl: $runtime/bogus.cfg:2: \"bogus\": no command matches it: \
+Unknown word \"bogus\"
+wexctl: no commands: 1 line(s) cannot be turned into commands" \
+  config remediate "$configs/old.cfg" "$runtime/bogus.cfg" --tree "$current"
+json='[{"mark":"-","first":1,"second":0,"text":"vsan 10 name a","children":[]},'
+json+='{"mark":"-","first":2,"second":0,"text":"bogus","children":[]}]'
+check_wexctl "the difference as JSON" 1 "$json" config diff "$runtime/bogus.cfg" "$runtime/empty.cfg" --json
+
 kill -KILL "${pids[1]}" # the zone feature dies: it stays registered
 wait "${pids[1]}" 2> /dev/null
 check "a feature that is gone" 1 'Communication could not be established with the process
@@ -98,7 +154,6 @@ check "its part of the configuration" 1 'Communication could not be established 
 % zone did not give its running configuration' -nRc "show running-config" < /dev/null
 
 # The current main tree is the highest; once corrupt, the shell walks none.
-current=$(find "$runtime/par" -name 'main_tree*.par' | sort -V | tail -1)
 head -c 1500 /dev/zero > "$current"
 check "a corrupt main tree" 2 "wex: main tree $current: 1500 bytes is not an image of whole 1000-byte nodes" \
   -nRc "show version" < /dev/null
