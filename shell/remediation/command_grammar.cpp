@@ -84,6 +84,8 @@ Classified CommandGrammar::classify(std::size_t mode, std::string_view line) con
 
 bool CommandGrammar::may_be_ordered(std::size_t mode, std::string_view line) const
 {
+    if (!reaches_ordered_[mode])
+        return false;
     const std::string_view word = line.substr(0, line.find_first_of(" \t"));
     const parse_tree_node &node = tree_.node(mode);
     for (std::size_t c = 0; c < node.child_count; ++c) {

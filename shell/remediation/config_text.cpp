@@ -9,7 +9,12 @@ namespace
 {
 
 constexpr int kMaxLevel = 3;
-constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
+
+// Space, tab, carriage return, line feed, vertical tab, form feed.
+bool white(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 int level_of(std::string_view line)
 {
@@ -21,9 +26,10 @@ int level_of(std::string_view line)
 
 } // namespace
 
-ConfigText::ConfigText(std::string_view text, LastLine last)
+ConfigText::ConfigText(std::string_view text, LastLine last) : text_(text)
 {
-    lines_.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
+    // A guess at the line count, short of a pass over the text to count them.
+    lines_.reserve(text.size() / 24 + 1);
     // open[l] is the line whose block is open at level l + 1, or none.
     constexpr uint32_t kNone = UINT32_MAX;
     std::array<uint32_t, kMaxLevel> open;
@@ -44,12 +50,13 @@ ConfigText::ConfigText(std::string_view text, LastLine last)
         const std::string_view line = text.substr(0, end);
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
         ++number;
-        if (line.find_first_not_of(kWhiteSpace) == std::string_view::npos)
+        if (command_of(line).empty())
             continue;
         const int level = std::min(level_of(line), depth + 1);
         close_from(level - 1);
         open[level - 1] = static_cast<uint32_t>(lines_.size());
-        lines_.push_back({line, number, 0});
+        lines_.push_back({static_cast<uint32_t>(line.data() - text_.data()),
+                          static_cast<uint32_t>(line.size()), number, 0});
         depth = level;
     }
     close_from(0);
@@ -57,10 +64,12 @@ ConfigText::ConfigText(std::string_view text, LastLine last)
 
 std::string_view command_of(std::string_view line)
 {
-    const std::size_t first = line.find_first_not_of(kWhiteSpace);
-    if (first == std::string_view::npos)
-        return {};
-    return line.substr(first, line.find_last_not_of(kWhiteSpace) - first + 1);
+    std::size_t first = 0, end = line.size();
+    while (first < end && white(line[first]))
+        ++first;
+    while (end > first && white(line[end - 1]))
+        --end;
+    return line.substr(first, end - first);
 }
 
 } // namespace wex_remediation

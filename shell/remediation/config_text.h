@@ -11,10 +11,11 @@
 namespace wex_remediation
 {
 
+// Sixteen bytes a line: a million-line configuration is read into 16 MB.
 struct ConfigLine {
-    std::string_view text; // as written, its indentation included, without the line end
-    uint32_t number;       // in the text, from 1
-    uint32_t end;          // the index past the last line of its block
+    uint32_t offset, length; // of its text, as written, indentation included, without the line end
+    uint32_t number;         // in the text, from 1
+    uint32_t end;            // the index past the last line of its block
 };
 
 // What counts as a line besides those ended by a line end.
@@ -32,8 +33,8 @@ class ConfigText
     // hangs at the deepest level that has one.
     ConfigText(std::string_view text, LastLine last);
 
-    const std::vector<ConfigLine> &lines() const { return lines_; }
     const ConfigLine &operator[](uint32_t i) const { return lines_[i]; }
+    std::string_view text(uint32_t i) const { return text_.substr(lines_[i].offset, lines_[i].length); }
     uint32_t size() const { return static_cast<uint32_t>(lines_.size()); }
 
     // The blocks of one level: the top level is (0, size()), a line's
@@ -45,6 +46,7 @@ class ConfigText
     }
 
   private:
+    std::string_view text_;
     std::vector<ConfigLine> lines_;
 };
 

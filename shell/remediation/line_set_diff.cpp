@@ -18,7 +18,7 @@ std::vector<uint32_t> block_of(const ConfigText &text, uint32_t first, uint32_t 
 DiffEntry whole(char mark, const ConfigText &text, uint32_t i)
 {
     DiffEntry entry{
-        mark, mark == '-' ? text[i].number : 0, mark == '+' ? text[i].number : 0, text[i].text, {}};
+        mark, mark == '-' ? text[i].number : 0, mark == '+' ? text[i].number : 0, text.text(i), {}};
     text.each_block(i + 1, text[i].end, [&](uint32_t j) { entry.children.push_back(whole(mark, text, j)); });
     return entry;
 }
@@ -29,8 +29,8 @@ std::vector<DiffEntry> diff_blocks(const ConfigText &a, uint32_t a_first, uint32
     const std::vector<uint32_t> as = block_of(a, a_first, a_end), bs = block_of(b, b_first, b_end);
     const auto count = [](const std::vector<uint32_t> &v) { return static_cast<uint32_t>(v.size()); };
     const std::vector<uint32_t> pairs = pair_in_order(
-        count(as), [&](uint32_t k) { return a[as[k]].text; }, count(bs),
-        [&](uint32_t k) { return b[bs[k]].text; });
+        count(as), [&](uint32_t k) { return a.text(as[k]); }, count(bs),
+        [&](uint32_t k) { return b.text(bs[k]); });
     std::vector<DiffEntry> result;
     for (uint32_t k = 0; k < as.size(); ++k) {
         const uint32_t i = as[k];
@@ -41,7 +41,7 @@ std::vector<DiffEntry> diff_blocks(const ConfigText &a, uint32_t a_first, uint32
         const uint32_t j = bs[pairs[k]];
         std::vector<DiffEntry> below = diff_blocks(a, i + 1, a[i].end, b, j + 1, b[j].end);
         if (!below.empty())
-            result.push_back({' ', a[i].number, b[j].number, a[i].text, std::move(below)});
+            result.push_back({' ', a[i].number, b[j].number, a.text(i), std::move(below)});
     }
     const std::vector<uint32_t> partners = partners_of_second(pairs, count(bs));
     for (uint32_t k = 0; k < bs.size(); ++k)

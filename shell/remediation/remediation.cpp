@@ -87,7 +87,7 @@ class Engine
     };
 
     const ConfigText &text(Side side) const { return side == Side::running ? a_ : b_; }
-    std::string_view command(Side side, uint32_t line) const { return command_of(text(side)[line].text); }
+    std::string_view command(Side side, uint32_t line) const { return command_of(text(side).text(line)); }
 
     const CommandInfo *classify(Side side, std::size_t mode, uint32_t line);
     void problem(Side side, uint32_t line, std::string why);
@@ -139,7 +139,7 @@ bool Engine::same_blocks(uint32_t i, uint32_t j) const
     if (count != b_[j].end - j)
         return false;
     for (uint32_t k = 1; k < count; ++k)
-        if (a_[i + k].text != b_[j + k].text)
+        if (a_.text(i + k) != b_.text(j + k))
             return false;
     return true;
 }
@@ -187,9 +187,19 @@ void Engine::pair_plain(std::size_t mode, std::vector<Item> &running, std::vecto
                         BlockSteps &out)
 {
     const auto count = [](const std::vector<Item> &v) { return static_cast<uint32_t>(v.size()); };
+    // Each line's words found once, not at each look of the pairing.
+    const auto commands_of = [&](Side side, const std::vector<Item> &items) {
+        std::vector<std::string_view> commands;
+        commands.reserve(items.size());
+        for (const Item &item : items)
+            commands.push_back(command(side, item.line));
+        return commands;
+    };
+    const std::vector<std::string_view> running_commands = commands_of(Side::running, running),
+                                        wanted_commands = commands_of(Side::wanted, wanted);
     std::vector<uint32_t> pairs = pair_in_order(
-        count(running), [&](uint32_t k) { return command(Side::running, running[k].line); }, count(wanted),
-        [&](uint32_t k) { return command(Side::wanted, wanted[k].line); });
+        count(running), [&](uint32_t k) { return running_commands[k]; }, count(wanted),
+        [&](uint32_t k) { return wanted_commands[k]; });
     std::vector<uint32_t> partners = partners_of_second(pairs, count(wanted));
     std::vector<Item> left_running, left_wanted;
     for (uint32_t k = 0; k < running.size(); ++k) {
