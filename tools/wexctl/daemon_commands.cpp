@@ -196,7 +196,12 @@ constexpr Command kCommands[] = {
     {"role",
      "usage: wexctl role show [NAME]\nPrints one role, or every role (role replies in wexd-sim's layout).\n",
      role},
-    {"config", "usage: wexctl config show\nPrints wexd's settings.\n", config},
+    {"config",
+     "usage: wexctl config show\n"
+     "       wexctl config diff RUNNING WANTED [--json]\n"
+     "       wexctl config remediate RUNNING WANTED --tree MAIN.par [--skip-problems]\n"
+     "show prints wexd's settings; 'wexctl config diff --help' and 'config remediate --help' say more.\n",
+     config},
 };
 
 // Takes "--timeout SECONDS" out of the arguments; false when it is malformed.
