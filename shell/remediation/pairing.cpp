@@ -50,7 +50,7 @@ std::vector<uint32_t> pair_by_table(uint32_t first_count, const KeyOf &first_key
     // The slot of key: its own, or the empty one where it would go.
     const auto slot_of = [&](std::string_view key) -> Slot & {
         const std::size_t h = hash(key);
-        const auto fingerprint = static_cast<uint32_t>(h >> 32 ^ h);
+        const auto fingerprint = static_cast<uint32_t>(uint64_t{h} >> 32 ^ h);
         for (std::size_t at = h & mask;; at = (at + 1) & mask) {
             Slot &slot = slots[at];
             if (slot.head == kUnpaired) {
