@@ -252,18 +252,28 @@ Checkpoints::plan(const std::string &running, const std::string &wanted, const s
     return std::move(result.commands);
 }
 
-bool Checkpoints::diff(const std::string &name, FILE *out)
+// The running configuration and the commands from it to checkpoint name;
+// nothing when either is missing or a line cannot be turned into commands.
+std::optional<Checkpoints::Restoration> Checkpoints::restoration(const std::string &name) const
 {
     const std::optional<std::string> wanted = named_well(name) ? read(name) : std::nullopt;
     if (!wanted) {
         std::fprintf(complaints(), "%% No checkpoint %s\n", name.c_str());
-        return false;
+        return std::nullopt;
     }
-    const std::optional<std::string> running = running_();
-    const auto commands = running ? plan(*running, *wanted, name) : std::nullopt;
+    std::optional<std::string> running = running_();
+    std::optional<std::vector<std::string>> commands = running ? plan(*running, *wanted, name) : std::nullopt;
     if (!commands)
+        return std::nullopt;
+    return Restoration{std::move(*running), std::move(*commands)};
+}
+
+bool Checkpoints::diff(const std::string &name, FILE *out) const
+{
+    const std::optional<Restoration> restoring = restoration(name);
+    if (!restoring)
         return false;
-    for (const std::string &command : *commands)
+    for (const std::string &command : restoring->commands)
         std::fprintf(out, "%s\n", command.c_str());
     return true;
 }
@@ -308,31 +318,19 @@ bool Checkpoints::put_back(const std::string &before) const
 
 bool Checkpoints::restore(const std::string &name, RestoreMode mode)
 {
-    const std::optional<std::string> wanted = named_well(name) ? read(name) : std::nullopt;
-    if (!wanted) {
-        std::fprintf(complaints(), "%% No checkpoint %s\n", name.c_str());
+    const std::optional<Restoration> restoring = restoration(name);
+    if (!restoring)
         return false;
-    }
-    const std::optional<std::string> before = running_();
-    const auto commands = before ? plan(*before, *wanted, name) : std::nullopt;
-    if (!commands)
-        return false;
-    if (commands->empty() || apply(*commands, mode != RestoreMode::continue_on_error))
+    if (restoring->commands.empty() || apply(restoring->commands, mode != RestoreMode::continue_on_error))
         return true;
     if (mode != RestoreMode::all_or_nothing) {
         std::fprintf(complaints(), "%% Checkpoint %s is restored in part: a command failed\n", name.c_str());
         return false;
     }
-    if (put_back(*before))
-        std::fprintf(complaints(),
-                     "%% Checkpoint %s is not restored: a command failed, and the running configuration "
-                     "is back as it was\n",
-                     name.c_str());
-    else
-        std::fprintf(complaints(),
-                     "%% Checkpoint %s is not restored: a command failed, and the running configuration "
-                     "could not be put back as it was\n",
-                     name.c_str());
+    std::fprintf(complaints(),
+                 "%% Checkpoint %s is not restored: a command failed, and the running configuration %s\n",
+                 name.c_str(),
+                 put_back(restoring->before) ? "is back as it was" : "could not be put back as it was");
     return false;
 }
 

@@ -36,10 +36,16 @@ class Checkpoints
     bool list(FILE *out) const;
     bool show(const std::string &name, FILE *out) const;
     bool remove(const std::string &name);
-    bool diff(const std::string &name, FILE *out);
+    bool diff(const std::string &name, FILE *out) const;
     bool restore(const std::string &name, RestoreMode mode);
 
   private:
+    struct Restoration {
+        std::string before;                // the running configuration
+        std::vector<std::string> commands; // from it to the checkpoint
+    };
+
+    std::optional<Restoration> restoration(const std::string &name) const;
     std::vector<std::string> names() const;
     std::optional<std::string> read(const std::string &name) const;
     std::optional<std::vector<std::string>> plan(const std::string &running, const std::string &wanted,

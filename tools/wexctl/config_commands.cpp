@@ -19,7 +19,7 @@ namespace
 using Args = std::vector<std::string>;
 
 // Configuration texts are read whole; past this they are not configurations.
-constexpr std::size_t kMaxTextBytes = 256u << 20;
+constexpr std::size_t kMaxTextBytes = 64u << 20;
 
 constexpr const char *kUsage =
     "usage: wexctl config diff RUNNING WANTED [--json]\n"
@@ -37,7 +37,8 @@ int usage_error(const std::string &why)
     return wex_tools::usage_error("wexctl", why, kUsage);
 }
 
-std::optional<wex_tools::InputText> read_text(const std::string &path)
+// A configuration text: its bytes, or nothing when it is none (said why).
+std::optional<wex_tools::InputText> read_text(const std::string &path, wex_remediation::LastLine last)
 {
     std::optional<wex_tools::InputText> text = wex_tools::read_text_input("wexctl", path, kMaxTextBytes);
     if (!text)
@@ -46,31 +47,17 @@ std::optional<wex_tools::InputText> read_text(const std::string &path)
         std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), why->c_str());
         return std::nullopt;
     }
+    if (last == wex_remediation::LastLine::ignored && !text->view().empty() && text->view().back() != '\n')
+        std::fprintf(stderr, "wexctl: %s: warning: the last line has no line end and takes no part\n",
+                     path.c_str());
     return text;
 }
 
 int diff(const Args &args)
 {
-    const bool json = args.size() == 3 && args[2] == "--json";
-    if (args.size() != 2 && !json)
+    if (args.size() != 2 && !(args.size() == 3 && args[2] == "--json"))
         return usage_error("config diff needs RUNNING and WANTED, and at most --json");
-    const std::optional<wex_tools::InputText> running = read_text(args[0]), wanted = read_text(args[1]);
-    if (!running || !wanted)
-        return 2;
-    if (!json) {
-        const std::optional<std::size_t> printed =
-            printed_bytes([&] { wex_diff(running->c_str(), wanted->c_str()); });
-        if (printed)
-            return *printed == 0 ? 0 : 1;
-        wex_diff(running->c_str(), wanted->c_str());
-        return wex_is_diff_same(running->c_str(), wanted->c_str()) ? 0 : 1;
-    }
-    using wex_remediation::ConfigText, wex_remediation::LastLine;
-    const auto entries = wex_remediation::line_set_diff(ConfigText(running->view(), LastLine::ignored),
-                                                        ConfigText(wanted->view(), LastLine::ignored));
-    const std::string text = wex_remediation::diff_json(entries);
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    return entries.empty() ? 0 : 1;
+    return diff_configs(args);
 }
 
 int remediate(const Args &args)
@@ -94,7 +81,9 @@ int remediate(const Args &args)
         std::fprintf(stderr, "wexctl: %s\n", why.c_str());
         return 2;
     }
-    const std::optional<wex_tools::InputText> running = read_text(files[0]), wanted = read_text(files[1]);
+    using wex_remediation::LastLine;
+    const std::optional<wex_tools::InputText> running = read_text(files[0], LastLine::counts),
+                                              wanted = read_text(files[1], LastLine::counts);
     if (!running || !wanted)
         return 2;
     const wex_remediation::CommandGrammar grammar(*tree);
@@ -115,6 +104,30 @@ int remediate(const Args &args)
 }
 
 } // namespace
+
+int diff_configs(const Args &args)
+{
+    using wex_remediation::ConfigText, wex_remediation::LastLine;
+    const std::optional<wex_tools::InputText> old_text = read_text(args[0], LastLine::ignored),
+                                              new_text = read_text(args[1], LastLine::ignored);
+    if (!old_text || !new_text)
+        return 2;
+    if (args.size() == 3) {
+        const auto entries = wex_remediation::line_set_diff(ConfigText(old_text->view(), LastLine::ignored),
+                                                            ConfigText(new_text->view(), LastLine::ignored));
+        const std::string text = wex_remediation::diff_json(entries);
+        std::fwrite(text.data(), 1, text.size(), stdout);
+        return entries.empty() ? 0 : 1;
+    }
+    // The comparison prints nothing exactly when the two are the same; only
+    // when its output cannot be counted is equality asked separately.
+    const std::optional<std::size_t> printed =
+        printed_bytes([&] { wex_diff(old_text->c_str(), new_text->c_str()); });
+    if (printed)
+        return *printed == 0 ? 0 : 1;
+    wex_diff(old_text->c_str(), new_text->c_str());
+    return wex_is_diff_same(old_text->c_str(), new_text->c_str()) ? 0 : 1;
+}
 
 std::optional<int> run_config_command(const Args &args)
 {

@@ -6,11 +6,9 @@
 #include "daemon_commands.h"
 #include "input_file.h"
 #include "image_check.h"
-#include "printed_bytes.h"
 #include "program.h"
 #include "tree_commands.h"
 
-#include <wex/output.h>
 #include <wex/parse_tree.h>
 
 #include <cstdio>
@@ -24,8 +22,6 @@ namespace
 using Args = std::vector<std::string>;
 
 constexpr const char *kProgram = "wexctl";
-// Configuration texts are read whole; past this they are not configurations.
-constexpr std::size_t kMaxTextBytes = 64u << 20;
 constexpr std::size_t kMaxImageBytes = wex_grammar::kMaxImageNodes * WEX_NODE_SIZE;
 
 constexpr const char *kUsage =
@@ -132,22 +128,6 @@ int par_command(const std::string &action, const Args &args)
     return action == "check" ? par_check(path, start) : par_dump(path, start);
 }
 
-// A configuration text: its bytes, or nothing when it is none (said why).
-std::optional<wex_tools::InputText> read_text(const std::string &path)
-{
-    std::optional<wex_tools::InputText> text = wex_tools::read_text_input(kProgram, path, kMaxTextBytes);
-    if (!text)
-        return std::nullopt;
-    if (const std::optional<std::string> why = wex_tools::not_text(text->view())) {
-        std::fprintf(stderr, "wexctl: %s: %s\n", path.c_str(), why->c_str());
-        return std::nullopt;
-    }
-    if (!text->view().empty() && text->view().back() != '\n')
-        std::fprintf(stderr, "wexctl: %s: warning: the last line has no line end and takes no part\n",
-                     path.c_str());
-    return text;
-}
-
 int diff_command(const Args &args)
 {
     if (wex_tools::wants_help(args)) {
@@ -156,19 +136,7 @@ int diff_command(const Args &args)
     }
     if (args.size() != 2)
         return usage_error("diff needs OLD and NEW");
-    const std::optional<wex_tools::InputText> old_text = read_text(args[0]);
-    const std::optional<wex_tools::InputText> new_text = read_text(args[1]);
-    if (!old_text || !new_text)
-        return 2;
-    // The comparison prints nothing exactly when the two are the same; only
-    // when its output cannot be counted is equality asked separately.
-    const std::optional<std::size_t> printed =
-        wexctl::printed_bytes([&] { wex_diff(old_text->c_str(), new_text->c_str()); });
-    if (!printed) {
-        wex_diff(old_text->c_str(), new_text->c_str());
-        return wex_is_diff_same(old_text->c_str(), new_text->c_str()) ? 0 : 1;
-    }
-    return *printed == 0 ? 0 : 1;
+    return wexctl::diff_configs(args);
 }
 
 int run(const Args &all)
