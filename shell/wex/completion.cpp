@@ -154,4 +154,44 @@ Completion complete_at(const MainTree &tree, std::size_t mode_node, std::string_
     return completion;
 }
 
+namespace
+{
+
+// The modes after one command of a line: entered, left, or as they were.
+void follow_modes(const MainTree &tree, std::string_view command, std::vector<std::size_t> &modes)
+{
+    for (std::size_t depth = modes.size(); depth > 0; --depth) {
+        const MatchResult result = match_line(tree, modes[depth - 1], command);
+        const auto *match = std::get_if<Match>(&result);
+        if (!match)
+            continue;
+        modes.resize(depth); // a command of a mode above leaves the ones below it
+        const parse_tree_node &last = tree.node(match->path.back().node);
+        const std::string function = field_text(last.Func_ID);
+        if (function == "wex_end")
+            modes.resize(1);
+        else if (function == "wex_exit" && modes.size() > 1)
+            modes.pop_back();
+        else if ((last.action & WEX_ACTION_SUBMODE) && !match->negated)
+            modes.push_back(match->path.back().node);
+        return;
+    }
+}
+
+} // namespace
+
+std::vector<std::string> command_line_completions(const MainTree &tree, std::string_view line,
+                                                  std::string_view separator)
+{
+    std::vector<std::size_t> modes{0};
+    for (std::size_t end; (end = line.find(separator)) != std::string_view::npos;
+         line.remove_prefix(end + separator.size()))
+        follow_modes(tree, line.substr(0, end), modes);
+    std::vector<std::string> words;
+    for (const Choice &choice : choices_at(tree, modes.back(), line).choices)
+        if (choice.word.front() != '<')
+            words.push_back(choice.word);
+    return words;
+}
+
 } // namespace wex_shell

@@ -45,6 +45,13 @@ struct Completion {
 // or as much as all candidates share, and the candidates.
 Completion complete_at(const MainTree &tree, std::size_t mode_node, std::string_view typed);
 
+// The keywords that may end a command line as "wex -nRc" takes it: commands
+// separated by " ; ", from exec mode, the earlier ones moving between modes
+// as they would when run (a command that enters a submode, "exit", "end").
+// The words are those the last, partial word may become.
+std::vector<std::string> command_line_completions(const MainTree &tree, std::string_view line,
+                                                  std::string_view separator);
+
 } // namespace wex_shell
 
 #endif

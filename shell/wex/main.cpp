@@ -1,6 +1,7 @@
 // wex: the switch's command shell, run on commands from its arguments, a
 // script, a configuration file or standard input. Started as "wexboot", it
 // is the same shell with the boot image's name in its messages.
+#include "completion.h"
 #include "daemon_queries.h"
 #include "input_file.h"
 #include "program.h"
@@ -158,8 +159,7 @@ int main(int argc, char **argv)
     if (options->source == wex_shell::Source::configuration && options->text.empty() && isatty(STDIN_FILENO))
         options->source = wex_shell::Source::terminal;
     std::optional<std::string> input;
-    if (options->source != wex_shell::Source::command_line &&
-        options->source != wex_shell::Source::terminal) {
+    if (options->source == wex_shell::Source::configuration || options->source == wex_shell::Source::script) {
         input =
             wex_tools::read_input(program.c_str(), options->text.empty() ? "-" : options->text, kMaxInput);
         if (!input)
@@ -181,6 +181,12 @@ int main(int argc, char **argv)
     if (!set_up(program, q, setup, tree)) {
         ipcq_close(q);
         return 2;
+    }
+    if (options->source == wex_shell::Source::completion) {
+        for (const std::string &word : wex_shell::command_line_completions(*tree, options->text, kSeparator))
+            std::printf("%s\n", word.c_str());
+        ipcq_close(q);
+        return wex_tools::finish_output(program.c_str(), 0);
     }
     if (options->source == wex_shell::Source::terminal) {
         const int status = run_terminal(program, q, std::move(setup));

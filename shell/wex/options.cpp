@@ -11,6 +11,7 @@ const char *const kUsage =
     "  -nRf FILE, -f FILE  a script: one command per line, from exec mode\n"
     "  -nRr FILE           a configuration: one line per command, from configuration mode\n"
     "  (none of them)      a configuration on standard input\n"
+    "  --complete TEXT     the words that may end TEXT, a -nRc line, one a line\n"
     "  -e N                1: stop at the first command that fails; 0 (default): go on\n"
     "  -q N                1: print only errors; 2: the same, for a script the caller has\n"
     "                      already filtered through its command list; 0 (default): print\n"
@@ -32,6 +33,8 @@ constexpr struct {
 
 Source source_of(const std::string &option)
 {
+    if (option == "--complete")
+        return Source::completion;
     if (option == "-nRc" || option == "-c")
         return Source::command_line;
     return option == "-nRf" || option == "-f" ? Source::script : Source::configuration;
@@ -83,9 +86,10 @@ std::optional<Options> parse_options(const std::vector<std::string> &args, std::
             return std::nullopt;
         }
         const std::string &value = args[++i];
-        if (option == "-nRc" || option == "-c" || option == "-nRf" || option == "-f" || option == "-nRr") {
+        if (option == "-nRc" || option == "-c" || option == "-nRf" || option == "-f" || option == "-nRr" ||
+            option == "--complete") {
             if (source_given) {
-                why = "one of -nRc, -c, -nRf, -f and -nRr at most";
+                why = "one of -nRc, -c, -nRf, -f, -nRr and --complete at most";
                 return std::nullopt;
             }
             source_given = true;

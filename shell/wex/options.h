@@ -14,7 +14,8 @@ enum class Source {
     command_line,  // -nRc TEXT, -c TEXT: commands separated by " ; "
     script,        // -nRf FILE, -f FILE: one command per line, from exec mode
     configuration, // -nRr FILE, or standard input: configuration lines, from configuration mode
-    terminal       // none of them, with a terminal on standard input: a session typed at the prompt
+    terminal,      // none of them, with a terminal on standard input: a session typed at the prompt
+    completion     // --complete TEXT: the words that may end TEXT, for the shell's completion
 };
 
 enum class Output { standard_output, standard_error, discarded };

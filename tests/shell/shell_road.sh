@@ -146,6 +146,21 @@ json='[{"mark":"-","first":1,"second":0,"text":"vsan 10 name a","children":[]},'
 json+='{"mark":"-","first":2,"second":0,"text":"bogus","children":[]}]'
 check_wexctl "the difference as JSON" 1 "$json" config diff "$runtime/bogus.cfg" "$runtime/empty.cfg" --json
 
+# Completion: the shell's own words for a command line, through the bash
+# completion that asks for them, and the other programs' completions.
+check "the words that may end a line" 0 "member" --complete "conf t ; zone name Z vsan 1 ; mem" < /dev/null
+completed() { # SCRIPT FUNCTION WORDS...: what the function offers for the last word
+  bash -c 'source "$1"; COMP_WORDS=("${@:3}"); COMP_CWORD=$(($# - 3)); "$2"; printf "%s\n" "${COMPREPLY[@]}"' _ "$@"
+}
+completions=$(dirname "$0")/../../shell/completion
+for case in "wex|_wex|$build/shell/wex/wex|-nRc|\"show ru|show running-config" \
+  "wexctl|_wexctl|wexctl|config|re|remediate" "wexctl|_wexctl|wexctl|config|diff|a|b|--j|--json" \
+  "wexd-sim|_wexd_sim|wexd-sim|--log-level|m|messages"; do
+  IFS='|' read -r -a fields <<< "$case"
+  got=$(completed "$completions/${fields[0]}" "${fields[@]:1:${#fields[@]}-2}")
+  [[ $got == "${fields[-1]}" ]] || { printf 'completion %s: got %q\n' "$case" "$got"; failures=$((failures + 1)); }
+done
+
 kill -KILL "${pids[1]}" # the zone feature dies: it stays registered
 wait "${pids[1]}" 2> /dev/null
 check "a feature that is gone" 1 'Communication could not be established with the process
