@@ -15,8 +15,12 @@ for file in include/wex-platform/ipcq.h include/wex-platform/bcp.h "${libdir#"$p
   [[ -f $prefix/$file ]] || { echo "not installed: $file"; exit 1; }
 done
 if [[ -n $programs ]]; then
-  for file in share/wex/par/exec.par share/wex/par/zone.par share/wex/grammars/zone.tree share/wex/roles.conf; do
+  for file in share/wex/par/exec.par share/wex/par/zone.par share/wex/grammars/zone.tree share/wex/roles.conf \
+    share/bash-completion/completions/wex; do
     [[ -f $prefix/$file ]] || { echo "not installed: $file"; exit 1; }
+  done
+  for page in wex wexctl wexd-sim wexd-sim.conf wex-grammar; do
+    MANPATH=$prefix/share/man man -w "$page" >/dev/null || { echo "man $page finds no page"; exit 1; }
   done
 fi
 
