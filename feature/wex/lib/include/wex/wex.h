@@ -1,4 +1,5 @@
-/* libwex: the support library of the wex shell. Includes every public header. */
+/** @file
+ * libwex: the support library of the wex shell. Includes every public header. */
 #ifndef WEX_WEX_H
 #define WEX_WEX_H
 
