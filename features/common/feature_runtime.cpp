@@ -150,6 +150,19 @@ bool register_feature(Feature &feature, int q)
 
 } // namespace
 
+int serve(Feature &feature, int q)
+{
+    struct sigaction action {
+    };
+    action.sa_handler = on_signal;
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+    Server server{feature, q, {}};
+    const ipcq_route_t routes[] = {{wex_shell::kOpcExecute, IPCQ_ROUTE_BCP, on_execute},
+                                   {wex_shell::kOpcRunningConfig, IPCQ_ROUTE_BCP, on_running_config}};
+    return ipcq_serve(q, routes, 2, nullptr, &server, &g_stop) == 0 ? 0 : 1;
+}
+
 int run(Feature &feature, int argc, char **argv)
 {
     // The program is named for its module, and logs as the module.
@@ -175,22 +188,14 @@ int run(Feature &feature, int argc, char **argv)
     else if (!args.empty())
         return wex_tools::usage_error(name.c_str(), "unknown argument '" + args[0] + "'", usage.c_str());
 
-    struct sigaction action {
-    };
-    action.sa_handler = on_signal;
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
     const int q = ipcq_open(WEX_DEST_ADDRESS, queue);
     if (q < 0) {
         std::fprintf(stderr, "%s: cannot open queue %u: %s\n", program, queue, std::strerror(errno));
         return 1;
     }
-    Server server{feature, q, {}};
     int status = 1;
     if (register_feature(feature, q)) {
-        const ipcq_route_t routes[] = {{wex_shell::kOpcExecute, IPCQ_ROUTE_BCP, on_execute},
-                                       {wex_shell::kOpcRunningConfig, IPCQ_ROUTE_BCP, on_running_config}};
-        status = ipcq_serve(q, routes, 2, nullptr, &server, &g_stop) == 0 ? 0 : 1;
+        status = serve(feature, q);
         wex_deregister_parse_tree(q, program);
     }
     ipcq_close(q);

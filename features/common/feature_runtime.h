@@ -42,6 +42,10 @@ class Feature
     virtual std::vector<wex_shell::ConfigBlock> running_config() const = 0;
 };
 
+// Serves the shell's requests on queue q until SIGTERM or SIGINT: 0 when it
+// stopped so, 1 when the queue failed.
+int serve(Feature &feature, int q);
+
 // The feature's main: arguments, registration, serving until SIGTERM or
 // SIGINT. Returns the process's exit status.
 int run(Feature &feature, int argc, char **argv);
