@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # The minimal C feature of examples/feature, as a feature developer meets
-# it: the build installed into a prefix, the example built against that
-# prefix with CMake and with pkg-config, each run against the installed
-# wexd-sim and wex; its command must show in the running configuration.
+# it: the build installed into a prefix, the example and its unit test built
+# against that prefix with CMake and with pkg-config; the unit tests pass
+# against the recording wexd, and each build of the feature, run against
+# the installed wexd-sim and wex, shows its command in the running
+# configuration.
 # Arguments: the build folder, the example's folder, the C compiler and its
 # flags.
 set -euo pipefail
@@ -22,10 +24,16 @@ libdir=$(dirname "$(find "$prefix" -name wex-feature.pc -print -quit)")/..
 cmake -S "$example" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$cc" \
   -DCMAKE_C_FLAGS="$cflags" -DCMAKE_BUILD_RPATH="$libdir" >/dev/null
 cmake --build "$work/cmake" >/dev/null
+export PKG_CONFIG_PATH=$libdir/pkgconfig
 # shellcheck disable=SC2086,SC2046
-PKG_CONFIG_PATH=$libdir/pkgconfig "$cc" $cflags -std=c11 -Wall -Wextra -Werror "$example/motd.c" \
-  -o "$work/wex-motd-pc" $(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --cflags --libs wex-feature) \
-  -Wl,-rpath,"$libdir"
+"$cc" $cflags -std=c11 -Wall -Wextra -Werror "$example/main.c" "$example/motd.c" -o "$work/wex-motd-pc" \
+  $(pkg-config --cflags --libs wex-feature) -Wl,-rpath,"$libdir"
+# shellcheck disable=SC2086,SC2046
+"$cc" $cflags -std=c11 -Wall -Wextra -Werror "$example/motd_test.c" "$example/motd.c" -o "$work/motd_test-pc" \
+  $(pkg-config --cflags --libs wex-feature wex-testing) -Wl,-rpath,"$libdir"
+# The feature's own unit test, against the recording wexd, each build.
+"$work/cmake/motd_test"
+"$work/motd_test-pc"
 
 wait_for() { # FILE TEXT: until the file holds the text, 5 s at most
   for _ in $(seq 100); do grep -qF "$2" "$1" 2> /dev/null && return 0; sleep 0.05; done

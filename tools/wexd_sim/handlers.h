@@ -18,6 +18,11 @@ struct ServedQueue {
     uint32_t number;
 };
 
+// The queues the simulated wexd serves: its own, parse-tree registration,
+// the configuration server and notifications.
+inline constexpr uint32_t kServedQueues[] = {WEXD_QUEUE, PARSE_TREE_QUEUE, ASCII_CFG_SERVER_QUEUE,
+                                             WEX_NOTIFY_QUEUE};
+
 // The routes of a queue (37, 296, 76 or 0); empty for any other.
 std::span<const ipcq_route_t> routes_of(uint32_t queue);
 

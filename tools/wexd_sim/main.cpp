@@ -31,8 +31,6 @@ constexpr const char *kProgram = "wexd-sim";
 volatile sig_atomic_t g_stop = 0;
 volatile sig_atomic_t g_reload = 0;
 
-constexpr uint32_t kQueues[] = {WEXD_QUEUE, PARSE_TREE_QUEUE, ASCII_CFG_SERVER_QUEUE, WEX_NOTIFY_QUEUE};
-
 constexpr const char *kUsage =
     "usage: wexd-sim [--config FILE] [--log-level events|messages] [--par-dir DIR]\n"
     "Serves wexd (queue 37), parse-tree registration (296), the configuration server (76)\n"
@@ -128,7 +126,7 @@ void make_first_main_tree(wexd_sim::SimState &state)
 // Opens every queue, or none: the queues already opened are closed again.
 bool open_queues(std::vector<wexd_sim::ServedQueue> &served, wexd_sim::SimState &state)
 {
-    for (uint32_t number : kQueues) {
+    for (uint32_t number : wexd_sim::kServedQueues) {
         const int q = ipcq_open(WEX_DEST_ADDRESS, number);
         if (q < 0) {
             const int error = errno;

@@ -62,12 +62,19 @@ std::mutex g_output;
 std::string g_unwritten;
 std::atomic<LogLevel> g_level{LogLevel::messages};
 
+LogSink g_sink = nullptr;
+void *g_sink_context = nullptr;
+
 void write_out_locked()
 {
     if (g_unwritten.empty())
         return;
-    std::fwrite(g_unwritten.data(), 1, g_unwritten.size(), stdout);
-    std::fflush(stdout);
+    if (g_sink) {
+        g_sink(g_sink_context, g_unwritten);
+    } else {
+        std::fwrite(g_unwritten.data(), 1, g_unwritten.size(), stdout);
+        std::fflush(stdout);
+    }
     g_unwritten.clear();
 }
 
@@ -89,6 +96,13 @@ const char *opcode_name(uint32_t opcode)
             return known.name;
     }
     return "unknown";
+}
+
+void set_log_sink(LogSink sink, void *context)
+{
+    const std::lock_guard guard(g_output);
+    g_sink = sink;
+    g_sink_context = context;
 }
 
 void set_log_level(LogLevel level)

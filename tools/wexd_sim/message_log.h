@@ -26,6 +26,11 @@ void log_request(uint32_t queue, const ipcq_request_info_t &request, const std::
 // Writes a line whatever the level: what the simulator itself did.
 void log_event(const std::string &line);
 
+// Where the lines go instead of standard output, while sink is set: it is
+// called with the log's lock held, so it must not log.
+using LogSink = void (*)(void *context, const std::string &lines);
+void set_log_sink(LogSink sink, void *context);
+
 // Lines are kept in memory and written out by this call, which the
 // simulator makes on a timer and before it exits, so that no serving thread
 // waits on the log's reader; a thread that finds much unwritten writes it
