@@ -27,6 +27,7 @@ expect "    -zone name backup vsan 20"
 expect "no zone name backup vsan 20"
 expect "  member wwn 21:00:00:24:ff:4c:a2:11"
 expect "one                                   2  2"
+expect "banner motd Welcome to the lab"
 if grep -qE "^(wexctl|wex): |^% " <<< "$output"; then
   echo "a command failed:"
   grep -E "^(wexctl|wex): |^% " <<< "$output"
