@@ -100,8 +100,10 @@ void tear_down(wex_testing_daemon *daemon)
 
 WEX_TESTING_API wex_testing_daemon *wex_testing_start(const char *roles, const char *par_dir)
 {
+    auto *daemon = new (std::nothrow) wex_testing_daemon;
+    if (!daemon)
+        return nullptr;
     try {
-        auto *daemon = new wex_testing_daemon;
         std::string pattern = (std::filesystem::temp_directory_path() / "wex-testing-XXXXXX").string();
         if (!mkdtemp(pattern.data())) {
             std::fprintf(stderr, "wex_testing: no runtime folder: %s\n", std::strerror(errno));
@@ -122,6 +124,7 @@ WEX_TESTING_API wex_testing_daemon *wex_testing_start(const char *roles, const c
         serve(*daemon);
         return daemon;
     } catch (const std::exception &) {
+        tear_down(daemon);
         return nullptr;
     }
 }
