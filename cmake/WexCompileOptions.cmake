@@ -10,9 +10,14 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   target_compile_options(wex_warnings INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
+# A program built outside the project against this build (the install and
+# example tests) compiles with WEX_CONSUMER_C_FLAGS: the build's own C flags
+# and its sanitizers.
+set(WEX_CONSUMER_C_FLAGS "${CMAKE_C_FLAGS}")
 if(WEX_SANITIZE)
   # Applied globally so that the test framework shares the instrumentation.
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+  string(APPEND WEX_CONSUMER_C_FLAGS " -fsanitize=address,undefined")
 endif()

@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Runs the README's "by hand" block exactly as written, from a folder where
 # examples/ and build/demo/ are the project's and the build's, and checks
-# what each step printed.
+# what each step printed. The third argument is the C flags a program built
+# against this build needs (its sanitizers), given to the block as CFLAGS.
 set -uo pipefail
 root=$1
 build=$2
+export CFLAGS=${3:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/build"
