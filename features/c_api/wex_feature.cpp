@@ -31,11 +31,11 @@ class CFeature final : public wex_feature::Feature
 
     wex_feature::Applied apply(const pinfo &command) override
     {
-        std::vector<char> output(kOutputBytes, '\0');
+        output_[0] = '\0';
         int32_t changed = 0;
-        const int32_t status = ops_.apply(context_, &command, output.data(), output.size(), &changed);
-        output.back() = '\0';
-        return {status, output.data(), status == 0 && changed != 0};
+        const int32_t status = ops_.apply(context_, &command, output_.data(), output_.size(), &changed);
+        output_.back() = '\0';
+        return {status, output_.data(), status == 0 && changed != 0};
     }
 
     std::vector<wex_shell::ConfigBlock> running_config() const override
@@ -48,6 +48,7 @@ class CFeature final : public wex_feature::Feature
   private:
     wex_feature_ops ops_;
     void *context_;
+    std::vector<char> output_ = std::vector<char>(kOutputBytes); // taken once, for every command
 };
 
 } // namespace

@@ -44,6 +44,13 @@ class ConfigText
         for (uint32_t i = first; i < end; i = lines_[i].end)
             visit(i);
     }
+    // The indices of the lines of one level, as each_block visits them.
+    std::vector<uint32_t> block(uint32_t first, uint32_t end) const
+    {
+        std::vector<uint32_t> lines;
+        each_block(first, end, [&](uint32_t i) { lines.push_back(i); });
+        return lines;
+    }
 
   private:
     std::string_view text_;

@@ -1,19 +1,13 @@
 #include "line_set_diff.h"
 
-#include <cstdio>
 #include "pairing.h"
+
+#include <cstdio>
 
 namespace wex_remediation
 {
 namespace
 {
-
-std::vector<uint32_t> block_of(const ConfigText &text, uint32_t first, uint32_t end)
-{
-    std::vector<uint32_t> lines;
-    text.each_block(first, end, [&](uint32_t i) { lines.push_back(i); });
-    return lines;
-}
 
 DiffEntry whole(char mark, const ConfigText &text, uint32_t i)
 {
@@ -26,7 +20,7 @@ DiffEntry whole(char mark, const ConfigText &text, uint32_t i)
 std::vector<DiffEntry> diff_blocks(const ConfigText &a, uint32_t a_first, uint32_t a_end, const ConfigText &b,
                                    uint32_t b_first, uint32_t b_end)
 {
-    const std::vector<uint32_t> as = block_of(a, a_first, a_end), bs = block_of(b, b_first, b_end);
+    const std::vector<uint32_t> as = a.block(a_first, a_end), bs = b.block(b_first, b_end);
     const auto count = [](const std::vector<uint32_t> &v) { return static_cast<uint32_t>(v.size()); };
     const std::vector<uint32_t> pairs = pair_in_order(
         count(as), [&](uint32_t k) { return a.text(as[k]); }, count(bs),

@@ -34,13 +34,6 @@ struct Range {
     uint32_t first, end;
 };
 
-std::vector<uint32_t> lines_of(const ConfigText &text, Range range)
-{
-    std::vector<uint32_t> lines;
-    text.each_block(range.first, range.end, [&](uint32_t i) { lines.push_back(i); });
-    return lines;
-}
-
 Range block_under(const ConfigText &text, uint32_t line)
 {
     return {line + 1, text[line].end};
@@ -149,8 +142,8 @@ BlockSteps Engine::diff_block(std::size_t mode, Range running, Range wanted)
     std::vector<Item> plain_running, plain_wanted;
     std::unordered_map<std::size_t, OrderedList> lists;
     std::vector<std::size_t> list_order;
-    sort_out(mode, Side::running, lines_of(a_, running), plain_running, lists, list_order);
-    sort_out(mode, Side::wanted, lines_of(b_, wanted), plain_wanted, lists, list_order);
+    sort_out(mode, Side::running, a_.block(running.first, running.end), plain_running, lists, list_order);
+    sort_out(mode, Side::wanted, b_.block(wanted.first, wanted.end), plain_wanted, lists, list_order);
     BlockSteps out;
     pair_plain(mode, plain_running, plain_wanted, out);
     for (const std::size_t terminal : list_order)

@@ -13,7 +13,6 @@
 #include "bcp.h"
 
 #include <algorithm>
-#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -37,15 +36,6 @@ std::string render(std::vector<ConfigBlock> blocks)
         for (bool first = true; std::getline(lines, line); first = false)
             text += (first ? "" : "  ") + line + "\n";
     }
-    return text;
-}
-
-std::string time_text(uint32_t seconds)
-{
-    const std::time_t when = seconds;
-    std::tm parts{};
-    char text[32] = "";
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", gmtime_r(&when, &parts));
     return text;
 }
 
@@ -111,7 +101,7 @@ bool Session::show_users(FILE *out) const
     for (const wex_tools::SimSession &session : *known) {
         const bool mine = session.pid == static_cast<uint32_t>(getpid());
         std::fprintf(out, "%c %-16s %-20s %s\n", mine ? '*' : ' ', field_text(session.user).c_str(),
-                     field_text(session.terminal).c_str(), time_text(session.since).c_str());
+                     field_text(session.terminal).c_str(), wex_tools::utc_time_text(session.since).c_str());
     }
     return true;
 }

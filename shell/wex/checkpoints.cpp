@@ -3,6 +3,7 @@
 #include "complaints.h"
 #include "input_file.h"
 #include "output_file.h"
+#include "program.h"
 #include "remediation.h"
 
 #include <wex/exec.h>
@@ -13,7 +14,6 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -112,14 +112,6 @@ bool child_record(const Scratch &scratch, bool errors_apart, wex_system_params_t
     return true;
 }
 
-std::string time_text(std::time_t when)
-{
-    std::tm parts{};
-    char text[32] = "";
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", gmtime_r(&when, &parts));
-    return text;
-}
-
 } // namespace
 
 std::optional<RestoreMode> restore_mode(const std::string &keyword)
@@ -203,7 +195,7 @@ bool Checkpoints::list(FILE *out) const
             continue; // deleted meanwhile
         std::fprintf(out, "%-31s %7zu  %s\n", name.c_str(),
                      static_cast<std::size_t>(std::count(text->begin(), text->end(), '\n')),
-                     time_text(status.st_mtime).c_str());
+                     wex_tools::utc_time_text(status.st_mtime).c_str());
     }
     return true;
 }

@@ -2,6 +2,8 @@
 
 #include "version.h"
 
+#include <ctime>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -91,6 +93,14 @@ int run_within(unsigned seconds, const std::function<int()> &work, const std::fu
     std::fflush(stderr);
     // The worker still waits inside a request: end without unwinding it.
     std::_Exit(2);
+}
+
+std::string utc_time_text(std::time_t when)
+{
+    std::tm parts{};
+    char text[32] = "";
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", gmtime_r(&when, &parts));
+    return text;
 }
 
 } // namespace wex_tools

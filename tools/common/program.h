@@ -3,6 +3,7 @@
 #ifndef WEX_TOOLS_PROGRAM_H
 #define WEX_TOOLS_PROGRAM_H
 
+#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -12,6 +13,9 @@ namespace wex_tools
 
 // The project's version, as "1.2.3".
 const char *project_version();
+
+// A time as the programs show it: "YYYY-MM-DD HH:MM:SS", in UTC.
+std::string utc_time_text(std::time_t when);
 
 // "PROGRAM VERSION\n" on standard output when args hold --version; true
 // when they did.
