@@ -67,16 +67,10 @@ const wex_remediation::CommandGrammar &port_grammar()
             wex_grammar::compile({{"exec.tree", read_file(WEX_TREES_DIR "/exec.tree")},
                                   {"ports.tree", read_file(WEX_BENCH_TREES_DIR "/ports.tree")}},
                                  diagnostics);
-        const std::string path = "/tmp/wex-bench-ports.par";
-        if (image)
-            std::ofstream(path, std::ios::binary)
-                .write(reinterpret_cast<const char *>(image->bytes.data()),
-                       static_cast<std::streamsize>(image->bytes.size()));
         std::string why;
         std::optional<wex_shell::MainTree> loaded;
         if (image)
-            loaded = wex_shell::MainTree::load(path, why);
-        std::remove(path.c_str());
+            loaded = wex_shell::MainTree::from_image(image->bytes, why);
         if (!loaded) {
             std::fprintf(stderr, "remediation bench: the port grammar did not compile\n");
             std::exit(1);

@@ -14,7 +14,6 @@
 #include <iterator>
 #include <optional>
 #include <string>
-#include <unistd.h>
 
 namespace
 {
@@ -33,13 +32,10 @@ const wex_remediation::CommandGrammar &sample_grammar()
             sources.push_back({name, read_file(std::string(WEX_TREES_DIR) + "/" + name)});
         wex_grammar::Diagnostics diagnostics;
         const auto image = wex_grammar::compile(sources, diagnostics);
-        const std::string path = "/tmp/wex-fuzz-remediation-" + std::to_string(getpid()) + ".par";
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char *>(image->bytes.data()),
-                   static_cast<std::streamsize>(image->bytes.size()));
         std::string why;
-        std::optional<wex_shell::MainTree> loaded = wex_shell::MainTree::load(path, why);
-        std::remove(path.c_str());
+        std::optional<wex_shell::MainTree> loaded;
+        if (image)
+            loaded = wex_shell::MainTree::from_image(image->bytes, why);
         if (!loaded)
             std::abort(); // the sample grammars always compile
         return loaded;

@@ -63,12 +63,36 @@ std::optional<MainTree> MainTree::load(const std::string &path, std::string &why
         why = "main tree " + path + ": changed size while it was read";
         return std::nullopt;
     }
+    return checked(std::move(nodes), count, path, why);
+}
+
+std::optional<MainTree> MainTree::from_image(std::span<const uint8_t> image, std::string &why)
+{
+    const std::size_t count = image.size() / WEX_NODE_SIZE;
+    if (image.empty() || image.size() % WEX_NODE_SIZE != 0 || image.size() > kMaxBytes) {
+        why = "main tree image: " + std::to_string(image.size()) + " bytes is not an image of whole " +
+              std::to_string(WEX_NODE_SIZE) + "-byte nodes";
+        return std::nullopt;
+    }
+    NodeBlock nodes = map_nodes(count);
+    if (!nodes) {
+        why = "main tree image: no memory for " + std::to_string(count) + " nodes";
+        return std::nullopt;
+    }
+    std::memcpy(nodes.get(), image.data(), image.size());
+    return checked(std::move(nodes), count, "image", why);
+}
+
+std::optional<MainTree> MainTree::checked(NodeBlock nodes, std::size_t count, const std::string &name,
+                                          std::string &why)
+{
+    const std::size_t bytes = count * WEX_NODE_SIZE;
     const std::span image(reinterpret_cast<uint8_t *>(nodes.get()), bytes);
     wex_grammar::ImageCheck check = wex_grammar::check_image(wex_grammar::shape_of(image), bytes, 0);
     if (check.walkable)
         wex_grammar::convert_for_walks(image, 0, check);
     if (!check.problems.empty()) {
-        why = "main tree " + path + ": " + check.problems.front().line();
+        why = "main tree " + name + ": " + check.problems.front().line();
         return std::nullopt;
     }
     return MainTree(std::move(nodes), count);

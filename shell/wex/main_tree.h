@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace wex_shell
@@ -24,6 +25,9 @@ class MainTree
     // The tree of the .par file at path, or nothing with why set to what is
     // wrong: the file, or the image's first problem and its node.
     static std::optional<MainTree> load(const std::string &path, std::string &why);
+    // The tree of a network-order image in memory (a grammar just compiled),
+    // checked and converted as a file's is; nothing with why set otherwise.
+    static std::optional<MainTree> from_image(std::span<const uint8_t> image, std::string &why);
 
     std::size_t size() const { return size_; }
     const parse_tree_node &node(std::size_t index) const { return nodes_[index]; }
@@ -41,6 +45,9 @@ class MainTree
 
   private:
     MainTree(NodeBlock nodes, std::size_t size) : nodes_(std::move(nodes)), size_(size) {}
+    // The nodes read into their block, checked and converted for the walks.
+    static std::optional<MainTree> checked(NodeBlock nodes, std::size_t count, const std::string &name,
+                                           std::string &why);
 
     NodeBlock nodes_;
     std::size_t size_;
