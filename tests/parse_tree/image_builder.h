@@ -18,10 +18,16 @@ struct Tree {
     parse_tree_node &operator[](std::size_t i) { return nodes[i]; }
 
     // Appends child to parent's children, as a link when link is true.
-    void add_child(uint32_t parent, uint16_t child, bool link = false);
+    Tree &add_child(uint32_t parent, uint16_t child, bool link = false);
+    // The image as a .par file holds it: child counts and children in
+    // network order (the only numbers these trees set).
+    std::vector<uint8_t> network_order() const;
 };
 
-// Nodes 0 .. count - 1, each the only (ordinary) child of the one before.
+// Nodes "n0" .. "n<count - 1>", with no children yet.
+Tree make_named(std::size_t count);
+
+// Nodes n0 .. n<count - 1>, each the only (ordinary) child of the one before.
 Tree make_chain(std::size_t count);
 
 // Nodes "node0" .. count - 1, each node i > 0 an ordinary child of node
