@@ -262,39 +262,4 @@ TEST_F(TransportTest, SendsToAbsentDeadOrBadQueuesFailAtOnce)
     EXPECT_EQ(ipcq_close(taken_over), 0);
 }
 
-TEST_F(TransportTest, BcpHeaderIsBigEndianWithTerminatedTexts)
-{
-    // The service sends the request's bytes back as its reply.
-    Service service([](int q) {
-        ipcq_msg_handle_t request = nullptr;
-        const ipcq_recv_options_t any = reply_to(0);
-        if (ipcq_recv(q, &request, &any))
-            return 1;
-        return ipcq_reply(q, &request, ipcq_payload_get(&request), ipcq_payload_size(&request)) ? 2 : 0;
-    });
-    ipcq_msg_handle_t msg = nullptr;
-    ASSERT_EQ(bcp_send_request(7673, 1, "\x06\0\0\0\0\0\0\0", 8, "clis", std::string(60, 't').c_str(),
-                               kAddress, kServiceQueue, q_, &msg),
-              0);
-    const ipcq_recv_options_t options = reply_to(ipcq_rr_token_get(&msg));
-    ASSERT_EQ(ipcq_recv(q_, &msg, &options), 0);
-    const std::string image = text_of(&msg);
-    ASSERT_EQ(image.size(), 120u);
-    EXPECT_EQ(image.substr(0, 17), std::string("\0\0\0\1\0\0\0\x08\0\0\0\0clis\0", 17));
-    EXPECT_EQ(image.substr(62, 50), std::string(49, 't') + '\0');
-    EXPECT_EQ(image[112], 6);
-
-    // Taken apart as a response: status 0 and the eight payload bytes; once
-    // dropped, too short for a header and nothing handed out.
-    void *payload = nullptr;
-    uint32_t len = 0;
-    EXPECT_EQ(bcp_parse_response(&msg, &payload, &len), 0);
-    EXPECT_EQ(len, 8u);
-    std::free(payload);
-    ipcq_drop(q_, &msg);
-    EXPECT_EQ(bcp_parse_response(&msg, &payload, &len), -1);
-    EXPECT_EQ(errno, EBADMSG);
-    EXPECT_EQ(service.wait_exit(), 0);
-}
-
 } // namespace
