@@ -50,12 +50,14 @@ std::string write_par(const wex_test::Tree &tree, const std::string &name, std::
 
 TEST(Wexctl, ParCheckReportsEachBadImageWithItsNode)
 {
-    const std::string good = write_par(make_named(3).add_child(0, 1).add_child(0, 2).add_child(2, 0, true), "good.par");
+    const std::string good =
+        write_par(make_named(3).add_child(0, 1).add_child(0, 2).add_child(2, 0, true), "good.par");
     ToolRun run = wexctl({"par", "check", good});
     EXPECT_EQ(run.status, 1) << run.out; // node 2 links back to the start: a loop
     EXPECT_NE(run.out.find("node 0: a loop through links comes back here"), std::string::npos) << run.out;
 
-    const std::string fine = write_par(make_named(3).add_child(0, 1).add_child(1, 2).add_child(0, 2, true), "fine.par");
+    const std::string fine =
+        write_par(make_named(3).add_child(0, 1).add_child(1, 2).add_child(0, 2, true), "fine.par");
     run = wexctl({"par", "check", fine});
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_EQ(run.out, fine + ": 3 nodes, valid from node 0\n");
@@ -82,7 +84,8 @@ TEST(Wexctl, ParCheckReportsEachBadImageWithItsNode)
         {"chain of 40", write_par(make_chain(40), "chain.par"), "more than 30 levels below node 0"},
         {"rootless loop", write_par(make_named(3).add_child(0, 1).add_child(2, 2), "rootless.par"),
          "node 2: lies on a loop of non-link children"},
-        {"truncated", write_par(make_named(2), "cut.par", 1500), "size 1500 is not a whole number of 1000-byte nodes"},
+        {"truncated", write_par(make_named(2), "cut.par", 1500),
+         "size 1500 is not a whole number of 1000-byte nodes"},
     };
     for (const auto &b : bad) {
         run = wexctl({"par", "check", b.path});
@@ -96,7 +99,8 @@ TEST(Wexctl, ParCheckReportsEachBadImageWithItsNode)
     EXPECT_EQ(wexctl({"par", "check", fine, "--node", "9"}).status, 1);
     // A link into another non-link tree: that tree is in host order too
     // before the loop check follows the link.
-    const std::string forest = write_par(make_named(4).add_child(0, 1).add_child(0, 2, true).add_child(2, 3), "forest.par");
+    const std::string forest =
+        write_par(make_named(4).add_child(0, 1).add_child(0, 2, true).add_child(2, 3), "forest.par");
     EXPECT_EQ(wexctl({"par", "check", forest}).out, forest + ": 4 nodes, valid from node 0\n");
 }
 
@@ -159,7 +163,8 @@ TEST(Wexctl, UntrustedFilesAndArgumentsGetOneLineAndStatusTwo)
 
 TEST(Wexctl, ParDumpStartsWhereToldAndDiffComparesConfigurations)
 {
-    const std::string fine = write_par(make_named(3).add_child(0, 1).add_child(1, 2).add_child(0, 2, true), "dump.par");
+    const std::string fine =
+        write_par(make_named(3).add_child(0, 1).add_child(1, 2).add_child(0, 2, true), "dump.par");
     ToolRun run = wexctl({"par", "dump", fine, "--node", "1"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out.find("NodeName:n0"), std::string::npos) << run.out;
@@ -188,7 +193,8 @@ std::string read_file(const std::string &path)
 TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
 {
     const std::string dir = WEX_TEST_SANDBOX,
-                      image = write_par(make_named(3).add_child(0, 1).add_child(1, 2).add_child(0, 2, true), "t.par");
+                      image = write_par(make_named(3).add_child(0, 1).add_child(1, 2).add_child(0, 2, true),
+                                        "t.par");
     ToolRun run = wexctl({"tree", "decompile", image, "--nodes"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "# 3 parse-tree nodes, every field that is set\n"
@@ -206,7 +212,9 @@ TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
                            "  n1 -> n2;\n  n2 [label=\"n2\", shape=box];\n  n0 -> n2 [style=dashed];\n}\n");
     EXPECT_EQ(wexctl({"tree", "graph", image, "--from", "1", "--depth", "0"}).out,
               head + "  n1 [label=\"n1\", shape=box];\n}\n");
-    EXPECT_EQ(wexctl({"tree", "graph", write_par(make_named(2).add_child(0, 1).add_child(1, 0), "loop.par")}).status, 1);
+    EXPECT_EQ(wexctl({"tree", "graph", write_par(make_named(2).add_child(0, 1).add_child(1, 0), "loop.par")})
+                  .status,
+              1);
     const std::string out = dir + "/out.par";
     std::remove(out.c_str());
     run = wexctl({"tree", "compile", dir + "/t.tree", "-o", out});
