@@ -11,8 +11,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <signal.h>
 #include <sys/time.h>
 
@@ -78,8 +76,7 @@ TEST(Spawn, StartsNoShellForNoTextAnUnknownModeOrAMissingFile)
     ASSERT_EQ(std::rename(away.c_str(), shell.c_str()), 0);
     std::fclose(buffered);
     EXPECT_EQ(system_result, 127 * 256);
-    std::ifstream written(pending);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), {}), "once");
+    EXPECT_EQ(file_content(pending), "once");
 }
 
 volatile sig_atomic_t alarms = 0;

@@ -4,6 +4,8 @@
 // "/lc/tarnboot/bin/wexboot" are the built shell. The steps build on each
 // other, so they run in order: what one configures, the snapshots at the
 // end must show.
+#include "support/capture.h"
+#include "support/sandbox.h"
 #include "tools/road_system.h"
 
 #include <wex/wex.h>
@@ -11,46 +13,18 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <string>
-#include <unistd.h>
 
 namespace
 {
 
-using wex_test::read_text;
-using wex_test::write_text;
+using wex_test::file_content;
+using wex_test::write_file;
 
 const std::string kSandbox = WEX_ROAD_SANDBOX;
 const std::string kShell = kSandbox + "/tarn/bin/wex";
 const std::string kCommandList = kSandbox + "/volatile/wex_cmdlist_1";
-
-// What an operation returned, and what its shell wrote on the caller's
-// standard output and error (one file, in the order written).
-struct Captured {
-    long long result;
-    std::string printed;
-};
-
-Captured run_captured(const std::string &file, const std::function<long long()> &operation)
-{
-    std::fflush(stdout);
-    std::fflush(stderr);
-    const int saved_out = dup(STDOUT_FILENO), saved_err = dup(STDERR_FILENO);
-    FILE *capture = std::fopen(file.c_str(), "w");
-    dup2(fileno(capture), STDOUT_FILENO);
-    dup2(fileno(capture), STDERR_FILENO);
-    const long long result = operation();
-    std::fflush(stdout);
-    std::fflush(stderr);
-    dup2(saved_out, STDOUT_FILENO);
-    dup2(saved_err, STDERR_FILENO);
-    close(saved_out);
-    close(saved_err);
-    std::fclose(capture);
-    return {result, read_text(file)};
-}
 
 wex_system_params_t exec_record(const std::string &file_name, const std::string &out_file = "")
 {
@@ -94,9 +68,9 @@ class ExecRoad : public ::testing::Test
     {
         for (const Step &step : steps) {
             SCOPED_TRACE(step.what);
-            const Captured run = run_captured(path("captured"), step.operation);
-            EXPECT_EQ(run.result, step.result);
-            EXPECT_EQ(run.printed, step.printed);
+            long long result = 0;
+            EXPECT_EQ(wex_test::capture_combined([&] { result = step.operation(); }), step.printed);
+            EXPECT_EQ(result, step.result);
         }
     }
 
@@ -106,15 +80,15 @@ class ExecRoad : public ::testing::Test
 TEST_F(ExecRoad, EveryOperationRunsTheShellAndItsSnapshotsShowWhatWasConfigured)
 {
     const std::string pad(15, ' ');
-    write_text(path("zone-set.txt"), "configure terminal\nzone-set name S1 vsan 10\n  member Z1\n"
+    write_file(path("zone-set.txt"), "configure terminal\nzone-set name S1 vsan 10\n  member Z1\n"
                                      "zone-set activate S1 vsan 10\n");
-    write_text(path("speed.cfg"), "interface fc1/1\n  speed 8000\n");
-    write_text(path("version.txt"), "show version\n");
-    write_text(path("listed.txt"), "configure terminal\nzone name Z6 vsan 10\nzone name Z7 vsan 10\n");
-    write_text(kCommandList, "zone name Z6 vsan 10\n");
-    write_text(path("stops.cfg"), "zone name Z8 vsan 10\n  member fcid 0x10300\nzone name Z9 vsan 5000\n"
+    write_file(path("speed.cfg"), "interface fc1/1\n  speed 8000\n");
+    write_file(path("version.txt"), "show version\n");
+    write_file(path("listed.txt"), "configure terminal\nzone name Z6 vsan 10\nzone name Z7 vsan 10\n");
+    write_file(kCommandList, "zone name Z6 vsan 10\n");
+    write_file(path("stops.cfg"), "zone name Z8 vsan 10\n  member fcid 0x10300\nzone name Z9 vsan 5000\n"
                                   "  member fcid 0x10400\nzone name Z10 vsan 10\n");
-    write_text(path("port.cfg"), "interface fc1/2\n  no shutdown\n  description Tape library\n");
+    write_file(path("port.cfg"), "interface fc1/2\n  no shutdown\n  description Tape library\n");
 
     wex_system_params_t running = exec_record("", path("running.out"));
     std::snprintf(running.cmd_str, sizeof running.cmd_str, "show running-config");
@@ -160,23 +134,23 @@ TEST_F(ExecRoad, EveryOperationRunsTheShellAndItsSnapshotsShowWhatWasConfigured)
         {"a command line the caller built",
          [&] { return wex_execute_cmd_file2(&caller_built, brief_line.c_str()); }, 0, ""},
     });
-    EXPECT_EQ(read_text(path("running.out")), "vsan 10 name Lab\n"
-                                              "interface fc1/1\n  speed 8000\n"
-                                              "zone name Z1 vsan 10\n  member fcid 0x010203\n"
-                                              "zone-set name S1 vsan 10\n  member Z1\n"
-                                              "zone-set activate S1 vsan 10\n");
-    EXPECT_EQ(read_text(kCommandList), "zone name Z6 vsan 10\nconfigure terminal\nzone name Z7 vsan 10\n");
-    EXPECT_EQ(read_text(path("listed.txt_tmp")), "<absent>");
-    EXPECT_EQ(read_text(path("stops.out")), "line 3: zone name Z9 vsan 5000\n"
-                                            "zone name Z9 vsan 5000\n"
-                                            "                  ^\n"
-                                            "% Bad value \"5000\" for <VSAN>: a VSAN id from 1 to 4094\n");
-    EXPECT_EQ(read_text(path("brief.out")), "Interface        VSAN  Admin  Speed  Mode  Description\n"
-                                            "fc1/1" +
-                                                pad +
-                                                "1  down   8000   auto  \n"
-                                                "fc1/2" +
-                                                pad + "1  up     auto   auto  Tape library\n");
+    EXPECT_EQ(file_content(path("running.out")), "vsan 10 name Lab\n"
+                                                 "interface fc1/1\n  speed 8000\n"
+                                                 "zone name Z1 vsan 10\n  member fcid 0x010203\n"
+                                                 "zone-set name S1 vsan 10\n  member Z1\n"
+                                                 "zone-set activate S1 vsan 10\n");
+    EXPECT_EQ(file_content(kCommandList), "zone name Z6 vsan 10\nconfigure terminal\nzone name Z7 vsan 10\n");
+    EXPECT_EQ(file_content(path("listed.txt_tmp")), "<absent>");
+    EXPECT_EQ(file_content(path("stops.out")), "line 3: zone name Z9 vsan 5000\n"
+                                               "zone name Z9 vsan 5000\n"
+                                               "                  ^\n"
+                                               "% Bad value \"5000\" for <VSAN>: a VSAN id from 1 to 4094\n");
+    EXPECT_EQ(file_content(path("brief.out")), "Interface        VSAN  Admin  Speed  Mode  Description\n"
+                                               "fc1/1" +
+                                                   pad +
+                                                   "1  down   8000   auto  \n"
+                                                   "fc1/2" +
+                                                   pad + "1  up     auto   auto  Tape library\n");
 
     // Every snapshot form: the zones of the filtered script (Z7, not the
     // listed Z6) and of the configuration up to its error (Z8, not Z10).
@@ -207,11 +181,11 @@ TEST_F(ExecRoad, EveryOperationRunsTheShellAndItsSnapshotsShowWhatWasConfigured)
         {"the shell's own redirection",
          [&] { return wex_generate_running_cfg(path("redirected.cfg").c_str()); }, 0, ""},
     });
-    EXPECT_EQ(read_text(path("whole.cfg")), all);
-    EXPECT_EQ(read_text(path("interfaces.cfg")), interfaces);
-    EXPECT_EQ(read_text(path("startup.cfg")), all);
-    EXPECT_EQ(read_text(path("on-error.cfg")), all);
-    EXPECT_EQ(read_text(path("redirected.cfg")), all);
+    EXPECT_EQ(file_content(path("whole.cfg")), all);
+    EXPECT_EQ(file_content(path("interfaces.cfg")), interfaces);
+    EXPECT_EQ(file_content(path("startup.cfg")), all);
+    EXPECT_EQ(file_content(path("on-error.cfg")), all);
+    EXPECT_EQ(file_content(path("redirected.cfg")), all);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 // give the wanted one; worked out again they are none; and a configuration
 // needs none to become itself. Each wanted configuration is the next pair's
 // running one.
+#include "support/sandbox.h"
 #include "tools/road_system.h"
 
 #include "command_grammar.h"
@@ -168,7 +169,7 @@ TEST(RemediationProperty, CommandsRunThroughTheShellGiveTheWantedConfiguration)
         SCOPED_TRACE("seed " + std::to_string(seed) + ", pair " + std::to_string(pair) + "\nrunning:\n" +
                      running + "wanted:\n" + wanted + "commands:\n" + commands);
         ASSERT_FALSE(plan.refused) << plan.problems.front().why;
-        wex_test::write_text(road.path("commands.cfg"), commands + "end\nshow running-config\n");
+        wex_test::write_file(road.path("commands.cfg"), commands + "end\nshow running-config\n");
         const wex_test::ToolRun run = wex_test::run_tool(
             WEX_SHELL_PATH, {"-nRr", road.path("commands.cfg"), "-e", "1"}, road.runtime_dir());
         ASSERT_EQ(run.status, 0) << run.err;

@@ -4,11 +4,11 @@
 #include "main_tree.h"
 #include "node_record.h"
 #include "support/samples.h"
+#include "support/sandbox.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 namespace
 {
@@ -18,19 +18,13 @@ std::string sandbox(const std::string &name)
     return std::string(WEX_TEST_SANDBOX) + "/" + name;
 }
 
-void write(const std::string &path, const std::vector<uint8_t> &bytes)
-{
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
 TEST(MainTree, LoadsACheckedTreeInHostOrderAndMakesItTheRoot)
 {
     wex_grammar::Diagnostics diagnostics;
     const auto image =
         wex_grammar::compile({{"exec.tree", wex_test::sample_grammar("exec.tree")}}, diagnostics);
     ASSERT_TRUE(image) << diagnostics.report();
-    write(sandbox("exec.par"), image->bytes);
+    wex_test::write_file(sandbox("exec.par"), image->bytes);
 
     std::string why;
     const std::optional<wex_shell::MainTree> tree = wex_shell::MainTree::load(sandbox("exec.par"), why);
@@ -49,7 +43,7 @@ TEST(MainTree, ABadTreeIsRefusedWithWhatIsWrong)
     std::vector<uint8_t> loop(2000, 0);
     loop[567] = 1, loop[569] = 1;   // node 0: one child, node 1
     loop[1567] = 1, loop[1569] = 0; // node 1: one child, node 0
-    write(sandbox("loop.par"), loop);
+    wex_test::write_file(sandbox("loop.par"), loop);
     std::filesystem::create_directories(sandbox("dir.par"));
     const struct {
         std::string file, why;

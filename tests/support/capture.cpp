@@ -79,6 +79,18 @@ Output capture_output(const std::function<void()> &fn)
     return result;
 }
 
+std::string capture_combined(const std::function<void()> &fn)
+{
+    Redirect out(STDOUT_FILENO);
+    const int saved_err = dup(STDERR_FILENO);
+    dup2(STDOUT_FILENO, STDERR_FILENO);
+    fn();
+    std::fflush(nullptr);
+    dup2(saved_err, STDERR_FILENO);
+    close(saved_err);
+    return out.finish();
+}
+
 std::string capture_stdout(const std::function<void()> &fn)
 {
     return capture_output(fn).out;

@@ -17,6 +17,9 @@ struct Output {
 // Runs fn with descriptors 1 and 2 sent to temporary files; returns what each got.
 Output capture_output(const std::function<void()> &fn);
 
+// What fn writes to standard output and error together, in the order written.
+std::string capture_combined(const std::function<void()> &fn);
+
 // What fn writes to standard output.
 std::string capture_stdout(const std::function<void()> &fn);
 

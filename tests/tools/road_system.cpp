@@ -1,27 +1,16 @@
 #include "tools/road_system.h"
 
+#include "support/sandbox.h"
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace wex_test
 {
-
-std::string read_text(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "<absent>";
-}
-
-void write_text(const std::string &path, const std::string &text)
-{
-    std::ofstream(path, std::ios::binary) << text;
-}
 
 FeatureProcess::FeatureProcess(const std::string &program, const std::string &log) : log_(log)
 {
@@ -36,7 +25,7 @@ FeatureProcess::FeatureProcess(const std::string &program, const std::string &lo
 bool FeatureProcess::ready() const
 {
     for (int i = 0; i < 100; ++i) {
-        if (read_text(log_).find("commands in main tree") != std::string::npos)
+        if (file_content(log_).find("commands in main tree") != std::string::npos)
             return true;
         usleep(50 * 1000);
     }
@@ -67,12 +56,12 @@ RoadSystem::RoadSystem()
     unsetenv("WARDEN_KEL_ID");
     zone_ = std::make_unique<FeatureProcess>(WEX_ZONE_PATH, path("zone.log"));
     if (!zone_->ready()) {
-        problem_ = read_text(path("zone.log"));
+        problem_ = file_content(path("zone.log"));
         return;
     }
     interface_ = std::make_unique<FeatureProcess>(WEX_INTERFACE_PATH, path("interface.log"));
     if (!interface_->ready())
-        problem_ = read_text(path("interface.log"));
+        problem_ = file_content(path("interface.log"));
 }
 
 bool RoadSystem::stop()

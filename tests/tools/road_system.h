@@ -56,9 +56,6 @@ class RoadSystem
     std::string problem_;
 };
 
-std::string read_text(const std::string &path);
-void write_text(const std::string &path, const std::string &text);
-
 } // namespace wex_test
 
 #endif

@@ -3,6 +3,7 @@
 #include "input_file.h"
 #include "parse_tree/image_builder.h"
 #include "support/child_process.h"
+#include "support/sandbox.h"
 #include "tools/sim_process.h"
 
 #include <gtest/gtest.h>
@@ -42,9 +43,7 @@ std::string write_par(const wex_test::Tree &tree, const std::string &name, std::
 {
     const std::vector<uint8_t> bytes = tree.network_order();
     const std::string path = std::string(WEX_TEST_SANDBOX) + "/" + name;
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char *>(bytes.data()),
-               static_cast<std::streamsize>(std::min(keep, bytes.size())));
+    wex_test::write_file(path, {bytes.begin(), bytes.begin() + std::min(keep, bytes.size())});
     return path;
 }
 
@@ -184,12 +183,6 @@ TEST(Wexctl, ParDumpStartsWhereToldAndDiffComparesConfigurations)
     EXPECT_NE(wexctl({"frobnicate"}).err.find("unknown command 'frobnicate'"), std::string::npos);
 }
 
-std::string read_file(const std::string &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
 {
     const std::string dir = WEX_TEST_SANDBOX,
@@ -219,7 +212,7 @@ TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
     std::remove(out.c_str());
     run = wexctl({"tree", "compile", dir + "/t.tree", "-o", out});
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(read_file(out), read_file(image));
+    EXPECT_EQ(wex_test::file_content(out), wex_test::file_content(image));
 
     // A text with errors, or one whose image the walks could not take,
     // leaves the old output in place and no file beside it.
@@ -232,7 +225,7 @@ TEST(Wexctl, TreeDecompileAndCompileGiveBackTheImageOrEveryErrorAndNoFile)
     run = wexctl({"tree", "compile", dir + "/loop.tree", "-o", out});
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.err, dir + "/loop.tree:1:1: node 0: lies on a loop of non-link children\n");
-    EXPECT_EQ(read_file(out), read_file(image));
+    EXPECT_EQ(wex_test::file_content(out), wex_test::file_content(image));
     for (const auto &entry : std::filesystem::directory_iterator(dir))
         EXPECT_EQ(entry.path().filename().string().rfind("out.par.", 0), std::string::npos) << entry.path();
     EXPECT_EQ(wexctl({"tree", "compile", dir + "/t.tree"}).status, 2);

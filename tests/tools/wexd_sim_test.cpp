@@ -5,6 +5,7 @@
 #include <wex/wexd_client.h>
 
 #include "support/raw_peer.h"
+#include "support/sandbox.h"
 #include "support/samples.h"
 #include "compiler.h"
 #include "node_record.h"
@@ -21,7 +22,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -288,22 +288,16 @@ std::vector<uint8_t> compiled_sample(const std::vector<std::string> &names)
     return image ? image->bytes : std::vector<uint8_t>{};
 }
 
-void write_bytes(const std::string &path, const std::vector<uint8_t> &bytes)
-{
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
 TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBad)
 {
     char pattern[] = "/tmp/wexd-sim-par-XXXXXX"; // the main tree's name must fit its field
     const std::string par = mkdtemp(pattern);
     const std::vector<uint8_t> exec = compiled_sample({"exec.tree"}),
                                zone = compiled_sample({"exec.tree", "zone.tree"});
-    write_bytes(par + "/exec.par", exec);
-    write_bytes(par + "/zone.par", zone);
-    write_bytes(par + "/broken.par", std::vector<uint8_t>(1500, 0x55));
-    write_bytes(par + "/main_tree4.par", exec); // left by a wexd before: removed at start, 5 is next
+    wex_test::write_file(par + "/exec.par", exec);
+    wex_test::write_file(par + "/zone.par", zone);
+    wex_test::write_file(par + "/broken.par", std::vector<uint8_t>(1500, 0x55));
+    wex_test::write_file(par + "/main_tree4.par", exec); // left by a wexd before: removed at start, 5 is next
 
     // At start, the base commands alone make the first main tree.
     SimProcess sim("", {"--par-dir", par});
@@ -332,12 +326,12 @@ TEST(WexdSimProgram, MakesTheMainTreeFromTheRegisteredTreesAndKeepsItWhenOneIsBa
 
     // The zone commands joined the base ones, and "show module <module>"
     // takes the slots the hardware has.
-    std::ifstream in(par + "/main_tree7.par", std::ios::binary);
-    const std::vector<uint8_t> main(std::istreambuf_iterator<char>(in), {});
+    const std::string main = wex_test::file_content(par + "/main_tree7.par");
     ASSERT_EQ(main.size(), zone.size());
     bool bounded = false;
     for (std::size_t at = 0; at < main.size(); at += WEX_NODE_SIZE) {
-        const wex_grammar::NodeFields node = wex_grammar::decode_record(&main[at]);
+        const wex_grammar::NodeFields node =
+            wex_grammar::decode_record(reinterpret_cast<const uint8_t *>(&main[at]));
         if (node.name == "<module>")
             bounded = node.params.front().min == 1 && node.params.front().max == 16;
     }
