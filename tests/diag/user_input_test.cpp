@@ -2,6 +2,7 @@
 // that the test has filled (and closed, or left open for the time limit).
 #include <wex/diag.h>
 
+#include "support/capture.h"
 #include "support/child_process.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 using wex_test::run_in_child;
@@ -101,6 +103,26 @@ TEST(UserInput, LimitsBabyModeAndDebugLines)
     traced.debug = 1;
     EXPECT_EQ(ask(traced, "abc\n").out,
               "? Select returned with status 1\nInput:abc:\ngetline return value = 4\n[0|abc]");
+
+    // The prompt reaches the terminal before the wait for an answer: the
+    // answer is given only once the prompt is on the output.
+    const auto shown_first = run_in_child([] {
+        int fds[2];
+        if (pipe(fds) != 0 || dup2(fds[0], STDIN_FILENO) < 0)
+            _exit(3);
+        std::thread user([answer = fds[1]] {
+            for (int i = 0; i < 500 && wex_test::read_whole_fd(STDOUT_FILENO).empty(); ++i)
+                usleep(10 * 1000);
+            const std::string seen = wex_test::read_whole_fd(STDOUT_FILENO);
+            (void)!write(STDERR_FILENO, seen.data(), seen.size());
+            (void)!write(answer, "yes\n", 4);
+        });
+        wex_user_input_t request = question();
+        char dst[16];
+        wex_user_input_get(&request, dst);
+        user.join();
+    });
+    EXPECT_EQ(shown_first.err, "? ");
 
     int mode = 0;
     cmd_baby_mode_p = &mode;
