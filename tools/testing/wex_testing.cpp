@@ -4,7 +4,7 @@
 
 #include "handlers.h"
 #include "message_log.h"
-#include "role_config.h"
+#include "sim_setup.h"
 
 #include "ipcq.h"
 
@@ -16,7 +16,6 @@
 #include <filesystem>
 #include <mutex>
 #include <new>
-#include <sstream>
 #include <thread>
 #include <unistd.h>
 
@@ -44,30 +43,20 @@ void keep_lines(void *context, const std::string &lines)
 
 bool load_roles(const char *roles, wexd_sim::SimState &state)
 {
-    std::istringstream lines(roles);
-    wexd_sim::RoleConfig config;
     std::string error;
-    if (!wexd_sim::read_role_config(lines, config, error)) {
+    if (!wexd_sim::load_roles(roles, state, error)) {
         std::fprintf(stderr, "wex_testing: roles: %s\n", error.c_str());
         return false;
     }
-    state.roles = std::move(config.roles);
-    state.locales = std::move(config.locales);
-    state.users = std::move(config.users);
     return true;
 }
 
 bool open_queues(wex_testing_daemon &daemon)
 {
-    for (const uint32_t number : wexd_sim::kServedQueues) {
-        const int q = ipcq_open(WEX_DEST_ADDRESS, number);
-        if (q < 0) {
-            std::fprintf(stderr, "wex_testing: cannot open queue %u: %s\n", number, std::strerror(errno));
-            return false;
-        }
-        daemon.served.push_back({&daemon.state, q, number});
-    }
-    return true;
+    const std::optional<uint32_t> failed = wexd_sim::open_served_queues(daemon.state, daemon.served);
+    if (failed)
+        std::fprintf(stderr, "wex_testing: cannot open queue %u: %s\n", *failed, std::strerror(errno));
+    return !failed;
 }
 
 void serve(wex_testing_daemon &daemon)

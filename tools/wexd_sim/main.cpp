@@ -5,7 +5,7 @@
 #include "main_tree.h"
 #include "message_log.h"
 #include "program.h"
-#include "role_config.h"
+#include "sim_setup.h"
 #include "sim_state.h"
 
 #include "ipcq.h"
@@ -19,7 +19,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -59,17 +58,11 @@ bool load_config(const std::string &path, wexd_sim::SimState &state)
     const std::optional<std::string> text = wex_tools::read_input(kProgram, path, kMaxConfigBytes);
     if (!text)
         return false;
-    std::istringstream lines(*text);
-    wexd_sim::RoleConfig config;
     std::string error;
-    if (!wexd_sim::read_role_config(lines, config, error)) {
+    if (!wexd_sim::load_roles(*text, state, error)) {
         std::fprintf(stderr, "wexd-sim: %s: %s\n", path.c_str(), error.c_str());
         return false;
     }
-    const std::lock_guard guard(state.lock);
-    state.roles = std::move(config.roles);
-    state.locales = std::move(config.locales);
-    state.users = std::move(config.users);
     return true;
 }
 
@@ -123,22 +116,16 @@ void make_first_main_tree(wexd_sim::SimState &state)
     wexd_sim::log_event("wexd-sim: main tree " + tree.report);
 }
 
-// Opens every queue, or none: the queues already opened are closed again.
+// Opens every queue, or none, saying which one could not be opened.
 bool open_queues(std::vector<wexd_sim::ServedQueue> &served, wexd_sim::SimState &state)
 {
-    for (uint32_t number : wexd_sim::kServedQueues) {
-        const int q = ipcq_open(WEX_DEST_ADDRESS, number);
-        if (q < 0) {
-            const int error = errno;
-            std::fprintf(stderr, "wexd-sim: cannot open queue %u at %08x: %s%s\n", number, WEX_DEST_ADDRESS,
-                         std::strerror(error), error == EADDRINUSE ? " (is another wexd running?)" : "");
-            for (const auto &open : served)
-                ipcq_close(open.q);
-            return false;
-        }
-        served.push_back({&state, q, number});
+    const std::optional<uint32_t> failed = wexd_sim::open_served_queues(state, served);
+    if (failed) {
+        const int error = errno;
+        std::fprintf(stderr, "wexd-sim: cannot open queue %u at %08x: %s%s\n", *failed, WEX_DEST_ADDRESS,
+                     std::strerror(error), error == EADDRINUSE ? " (is another wexd running?)" : "");
     }
-    return true;
+    return !failed;
 }
 
 } // namespace
