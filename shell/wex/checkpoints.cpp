@@ -27,8 +27,6 @@ namespace
 // more is refused rather than dropping an old one unasked.
 constexpr std::size_t kMaxCheckpoints = 64;
 constexpr std::size_t kMaxNameBytes = 31;
-// A configuration read back is never larger than this.
-constexpr std::size_t kMaxConfigBytes = 64u << 20;
 
 // A checkpoint's name is its file's name: letters, digits, '.', '_' and
 // '-', not beginning with '.', so that it names nothing outside the folder.
@@ -86,10 +84,17 @@ class Scratch
     std::string path_;
 };
 
+std::optional<std::string> read_config(const std::string &path)
+{
+    const std::optional<wex_tools::InputText> text =
+        wex_tools::read_text_input("wex", path, wex_tools::kMaxConfigTextBytes);
+    return text ? std::optional<std::string>(text->view()) : std::nullopt;
+}
+
+// What a child shell wrote to one of its files, or nothing.
 std::string read_whole(const std::string &path)
 {
-    const std::optional<wex_tools::InputText> text = wex_tools::read_text_input("wex", path, kMaxConfigBytes);
-    return text ? std::string(text->view()) : std::string();
+    return read_config(path).value_or("");
 }
 
 // Fills a child shell run's record: this very program, its output and
@@ -202,18 +207,22 @@ bool Checkpoints::list(FILE *out) const
 
 std::optional<std::string> Checkpoints::read(const std::string &name) const
 {
-    if (!valid_name(name) || access(path_of(name).c_str(), F_OK) != 0)
+    if (access(path_of(name).c_str(), F_OK) != 0)
         return std::nullopt;
-    const std::optional<wex_tools::InputText> text =
-        wex_tools::read_text_input("wex", path_of(name), kMaxConfigBytes);
-    return text ? std::optional<std::string>(text->view()) : std::nullopt;
+    return read_config(path_of(name));
+}
+
+std::optional<std::string> Checkpoints::text_of(const std::string &name) const
+{
+    std::optional<std::string> text = named_well(name) ? read(name) : std::nullopt;
+    if (!text)
+        std::fprintf(complaints(), "%% No checkpoint %s\n", name.c_str());
+    return text;
 }
 
 bool Checkpoints::show(const std::string &name, FILE *out) const
 {
-    const std::optional<std::string> text = named_well(name) ? read(name) : std::nullopt;
-    if (!text)
-        std::fprintf(complaints(), "%% No checkpoint %s\n", name.c_str());
+    const std::optional<std::string> text = text_of(name);
     return text && copy_text(*text, out);
 }
 
@@ -248,11 +257,9 @@ Checkpoints::plan(const std::string &running, const std::string &wanted, const s
 // nothing when either is missing or a line cannot be turned into commands.
 std::optional<Checkpoints::Restoration> Checkpoints::restoration(const std::string &name) const
 {
-    const std::optional<std::string> wanted = named_well(name) ? read(name) : std::nullopt;
-    if (!wanted) {
-        std::fprintf(complaints(), "%% No checkpoint %s\n", name.c_str());
+    const std::optional<std::string> wanted = text_of(name);
+    if (!wanted)
         return std::nullopt;
-    }
     std::optional<std::string> running = running_();
     std::optional<std::vector<std::string>> commands = running ? plan(*running, *wanted, name) : std::nullopt;
     if (!commands)

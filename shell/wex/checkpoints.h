@@ -47,7 +47,10 @@ class Checkpoints
 
     std::optional<Restoration> restoration(const std::string &name) const;
     std::vector<std::string> names() const;
+    // The text of checkpoint name, whose name is well formed.
     std::optional<std::string> read(const std::string &name) const;
+    // The text of checkpoint name, or nothing after saying why.
+    std::optional<std::string> text_of(const std::string &name) const;
     std::optional<std::vector<std::string>> plan(const std::string &running, const std::string &wanted,
                                                  const std::string &wanted_name) const;
     bool apply(const std::vector<std::string> &commands, bool stop_on_error) const;

@@ -52,6 +52,9 @@ class InputText
     std::string_view view_;
 };
 
+// Configuration texts are read whole; past this they are not configurations.
+inline constexpr std::size_t kMaxConfigTextBytes = 64u << 20;
+
 // The text at path, or on standard input for "-", refused as read_input
 // refuses.
 std::optional<InputText> read_text_input(const char *program, const std::string &path, std::size_t limit);

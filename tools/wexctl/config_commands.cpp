@@ -18,9 +18,6 @@ namespace
 
 using Args = std::vector<std::string>;
 
-// Configuration texts are read whole; past this they are not configurations.
-constexpr std::size_t kMaxTextBytes = 64u << 20;
-
 constexpr const char *kUsage =
     "usage: wexctl config diff RUNNING WANTED [--json]\n"
     "       wexctl config remediate RUNNING WANTED --tree MAIN.par [--skip-problems]\n"
@@ -40,7 +37,8 @@ int usage_error(const std::string &why)
 // A configuration text: its bytes, or nothing when it is none (said why).
 std::optional<wex_tools::InputText> read_text(const std::string &path, wex_remediation::LastLine last)
 {
-    std::optional<wex_tools::InputText> text = wex_tools::read_text_input("wexctl", path, kMaxTextBytes);
+    std::optional<wex_tools::InputText> text =
+        wex_tools::read_text_input("wexctl", path, wex_tools::kMaxConfigTextBytes);
     if (!text)
         return std::nullopt;
     if (const std::optional<std::string> why = wex_tools::not_text(text->view())) {
