@@ -117,6 +117,7 @@ TEST(Compiler, ReportsEachAuthorErrorWithItsPlace)
          "t.tree:1:49: a node holds at most 2 parameters\n"},
         {"command zonez: x\n    help x \"X\"\n", "t.tree:1:1: no command enters the mode 'zonez'\n"},
         {"command exec: x\n", "t.tree:1:15: 'x' has no help: add help x \"...\"\n"},
+        {"command exec: x\n    help x \"X\"\n    function\n", "t.tree:3:5: 'function' needs a name\n"},
         {"command exec: x\n    help x \"X\"\n    function a\ncommand exec: x\n    function b\n",
          "t.tree:4:1: 'function' of 'x' differs from what t.tree:1:15 gives it\n"},
         {many_commands(193), "t.tree:385:15: 'exec' would have more than 192 children\n"},

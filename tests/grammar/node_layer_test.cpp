@@ -56,6 +56,10 @@ TEST(NodeLayer, WritesEveryFieldThatIsSetAndCompilesBackByteForByte)
     const Bytes image = two_nodes();
     EXPECT_EQ(wex_grammar::write_node_layer(image), kTwoNodesText);
     EXPECT_EQ(compiled(kTwoNodesText), image);
+    std::string tabbed = kTwoNodesText; // a tab parts words as a blank does
+    for (std::size_t at; (at = tabbed.find("  name ")) != std::string::npos;)
+        tabbed.replace(at, 7, "\tname\t");
+    EXPECT_EQ(compiled(tabbed), image);
 
     // Bytes no field accounts for come back too: a text without its NUL,
     // counts past the record's room, descriptors and children past their

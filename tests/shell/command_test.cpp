@@ -131,6 +131,7 @@ TEST(ShellMatching, EachTypeReadsItsFormsAndNamesItWhenRefused)
          "a hexadecimal number or range from 0x10 to 0xff, as 0x10-0xff"},
         {descriptor(TYPE_VSAN_MULTI_RANGE), "1-3,7", words({0, 2, 1, 3, 7, 7}), ""},
         {descriptor(TYPE_STRING, 3), "abcd", {}, "a text of at most 3 characters"},
+        {descriptor(TYPE_IP), "192.168.100.200", {192, 168, 100, 200}, ""}, // the longest dotted quad
         {descriptor(TYPE_MAC), "001b.21aa.0f10", {0x00, 0x1b, 0x21, 0xaa, 0x0f, 0x10}, ""},
         {descriptor(TYPE_MAC), "00:1b:21:aa:0f", {}, "a MAC address, as 00:1b:21:aa:0f:10"},
         {descriptor(TYPE_FC_ID), "0x1000000", {}, "an FC ID, as 0x010203"},
