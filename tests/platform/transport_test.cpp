@@ -249,6 +249,8 @@ TEST_F(TransportTest, SendsToAbsentDeadOrBadQueuesFailAtOnce)
     EXPECT_EQ(ipcq_errno_get(q_), ENOENT);
     EXPECT_EQ(send_errno(q_, kClientQueue, IPCQ_MAX_PAYLOAD + 1), EMSGSIZE);
     EXPECT_EQ(send_errno(q_ + 1000, kClientQueue, 1), EBADF);
+    EXPECT_EQ(bcp_req_resp(916, 1, nullptr, nullptr, nullptr, "", "", kServiceQueue, q_, 1), -1); // no length
+    EXPECT_EQ(errno, EINVAL);
 
     // A queue whose process died without closing it refuses, and can be
     // opened again; a live queue cannot be opened twice.
