@@ -104,6 +104,8 @@ TEST(Compiler, ReportsEachAuthorErrorWithItsPlace)
     } cases[] = {
         {"command exec: show <X:integer 1..2 \"x\">\n", "t.tree:1:21: unknown parameter type 'integer'\n"},
         {"command exec: set <X:int 9..2 \"x\">\n", "t.tree:1:26: bounds reversed: 9 is above 2\n"},
+        {"command exec: set <X:hex 0x10..0x10 \"x\">\n", // equal bounds are not reversed
+         "t.tree:1:15: 'set' has no help: add help set \"...\"\n"},
         {"command exec: set <X:string \"x\">\n",
          "t.tree:1:20: a string parameter needs its longest length, as in <NAME:string 64>\n"},
         {"command exec: show a\n    help show \"S\"\n    help a \"A\"\n"

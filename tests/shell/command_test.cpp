@@ -199,6 +199,13 @@ TEST(ShellCommandRecord, CarriesContextAndArgumentsAcrossTheWire)
                     "\nParam Arg [0]. Token id: 0 Vsan:10"
                     "\nParam Arg [1]. Token id: 0 String : core\n");
 
+    // A multi-range value is as long as its count says: it comes back too.
+    const auto ranges =
+        std::get<wex_shell::Match>(wex_shell::match_line(sample_tree(), 0, "show vsan 1-3,7"));
+    Bytes ranges_wire;
+    wex_shell::CommandRecord::build(sample_tree(), ranges, session, 0).flatten_into(ranges_wire);
+    EXPECT_TRUE(wex_shell::CommandRecord::rebuild(ranges_wire, why)) << why;
+
     const struct {
         Bytes wire;
         std::string why;

@@ -135,6 +135,8 @@ TEST(Wexctl, UntrustedFilesAndArgumentsGetOneLineAndStatusTwo)
          "wexctl: " + nul + ": binary content (byte 0x00 on line 2), not compared as text\n"},
         {{"diff", a, shift_out},
          "wexctl: " + shift_out + ": binary content (byte 0x0e on line 3), not compared as text\n"},
+        {{"config", "remediate", a, a, "--tree", "/no/such.par"},
+         "wexctl: main tree /no/such.par: No such file or directory\n"},
         {{"lock", "abc"}, usage_lock},
         {{"lock", "-1"}, usage_lock},
         {{"lock", "99999999999"}, usage_lock},

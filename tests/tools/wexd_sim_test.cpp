@@ -355,6 +355,8 @@ TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
     const std::string dir = mkdtemp(pattern), twice = dir + "/twice.conf", user = dir + "/user.conf";
     std::ofstream(twice) << "role ops\nrole ops\n";
     std::ofstream(user) << "role ops\nuser alice ops network-operator\nuser bob opps\n";
+    const std::string long_user = dir + "/long.conf";
+    std::ofstream(long_user) << "role ops\nuser " << std::string(64, 'u') << " ops\n";
     const std::string sim = WEXD_SIM_PATH;
     const struct {
         std::vector<std::string> args;
@@ -363,6 +365,8 @@ TEST(WexdSimProgram, RefusesWhatIsNotItsOwnAndReloadsOnHangup)
         {{"--config", dir}, "wexd-sim: " + dir + ": is a directory\n"},
         {{"--config", twice}, "wexd-sim: " + twice + ": line 2: role ops is already defined\n"},
         {{"--config", user}, "wexd-sim: " + user + ": line 3: user bob: role opps is not defined above\n"},
+        {{"--config", long_user},
+         "wexd-sim: " + long_user + ": line 2: a user needs a name of at most 63 characters\n"},
         {{"--par-dir", "/" + std::string(39, 'p')},
          "wexd-sim: /" + std::string(39, 'p') + ": longer than 39 bytes, too long for a main tree's name\n"},
     };
